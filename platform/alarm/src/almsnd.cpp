@@ -1,0 +1,2 @@
+// Placeholder, replaced by the alarm implementation.
+#include "almsnd.h"

@@ -1,0 +1,2 @@
+// Placeholder, replaced by the HTTP client implementation.
+#include "kxhttp.h"

@@ -1,0 +1,2 @@
+// Placeholder, replaced by the IPC implementation.
+#include "kxcom.h"
