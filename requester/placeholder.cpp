@@ -1,0 +1,1 @@
+// Placeholder until the requester core lands.
