@@ -1,52 +1,39 @@
-// CCamRequester_Cgi_Kobu_Http: the HTTP session glue.
+// CCamRequester_Cgi_Kobu_Http: the HTTP session glue, with this class's differences.
 #include "CCamRequester_Cgi_Kobu_Http.h"
-
-int CCamRequester_Cgi_Kobu_Http::CloseSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CloseSessionCommand");
-  return -1;
-}
+#include "CamTransport.h"
 
 int CCamRequester_Cgi_Kobu_Http::OpenSessionCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "OpenSessionCommandExec");
-  return -1;
+  return camtr::OpenSessionCommandExec(*this, *this, camtr::kHttpTransport);
+}
+
+int CCamRequester_Cgi_Kobu_Http::CloseSessionCommand() {
+  return camtr::CloseSessionCommand(*this, *this, camtr::kHttpTransport);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CloseSessionPush() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CloseSessionPush");
-  return -1;
+  return camtr::CloseSessionPush(*this, *this);
 }
 
 int CCamRequester_Cgi_Kobu_Http::SetUrl(char* pcUrl) {
-  (void)pcUrl;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetUrl");
-  return -1;
+  return camtr::SetUrl(*this, *this, camtr::kHttpTransport, pcUrl);
 }
 
 int CCamRequester_Cgi_Kobu_Http::AddHeader() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "AddHeader");
-  return -1;
+  return camtr::AddHeader(*this, *this);
 }
 
 int CCamRequester_Cgi_Kobu_Http::DoRequest(_InetBuffer* psBuf) {
-  (void)psBuf;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "DoRequest");
-  return -1;
+  return camtr::DoRequest(*this, *this, camtr::kHttpTransport, psBuf, false);
 }
 
 int CCamRequester_Cgi_Kobu_Http::DoRequest2(_InetBuffer* psBuf) {
-  (void)psBuf;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "DoRequest2");
-  return -1;
+  return camtr::DoRequest(*this, *this, camtr::kHttpTransport, psBuf, true);
 }
 
 int CCamRequester_Cgi_Kobu_Http::JudgeExceptAddress(char* pcAddress, char* pcPattern) {
-  (void)pcAddress;
-  (void)pcPattern;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "JudgeExceptAddress");
-  return -1;
+  return camtr::JudgeExceptAddress(pcAddress, pcPattern);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckProxyExcept() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckProxyExcept");
-  return -1;
+  return camtr::CheckProxyExcept(*this, *this);
 }

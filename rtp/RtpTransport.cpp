@@ -1,47 +1,35 @@
-// CCamRequester_Cgi_Kobu_Rtp: the HTTP session glue.
+// CCamRequester_Cgi_Kobu_Rtp: the HTTP session glue, with this class's differences.
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
-
-int CCamRequester_Cgi_Kobu_Rtp::CloseSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "CloseSessionCommand");
-  return -1;
-}
+#include "CamTransport.h"
 
 int CCamRequester_Cgi_Kobu_Rtp::OpenSessionCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "OpenSessionCommandExec");
-  return -1;
+  return camtr::OpenSessionCommandExec(*this, *this, camtr::kRtpTransport);
+}
+
+int CCamRequester_Cgi_Kobu_Rtp::CloseSessionCommand() {
+  return camtr::CloseSessionCommand(*this, *this, camtr::kRtpTransport);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::SetUrl(char* pcUrl) {
-  (void)pcUrl;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetUrl");
-  return -1;
+  return camtr::SetUrl(*this, *this, camtr::kRtpTransport, pcUrl);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::AddHeader() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "AddHeader");
-  return -1;
+  return camtr::AddHeader(*this, *this);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::DoRequest(_InetBuffer* psBuf) {
-  (void)psBuf;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "DoRequest");
-  return -1;
+  return camtr::DoRequest(*this, *this, camtr::kRtpTransport, psBuf, false);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::DoRequest2(_InetBuffer* psBuf) {
-  (void)psBuf;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "DoRequest2");
-  return -1;
+  return camtr::DoRequest(*this, *this, camtr::kRtpTransport, psBuf, true);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::JudgeExceptAddress(char* pcAddress, char* pcPattern) {
-  (void)pcAddress;
-  (void)pcPattern;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "JudgeExceptAddress");
-  return -1;
+  return camtr::JudgeExceptAddress(pcAddress, pcPattern);
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::CheckProxyExcept() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "CheckProxyExcept");
-  return -1;
+  return camtr::CheckProxyExcept(*this, *this);
 }
