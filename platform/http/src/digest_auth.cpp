@@ -1,0 +1,221 @@
+// Answers to the camera's WWW-Authenticate challenges: Basic, and Digest
+// with MD5 or SHA-256 (qop=auth). Hashes come from the system's nettle.
+#include <nettle/base64.h>
+#include <nettle/md5.h>
+#include <nettle/sha2.h>
+#include <sys/random.h>
+
+#include <cstring>
+
+#include "kxhttp_internal.h"
+
+namespace kxhttp {
+namespace {
+
+std::string to_hex(const uint8_t* bytes, size_t length) {
+  static const char kHex[] = "0123456789abcdef";
+  std::string text;
+  for (size_t i = 0; i < length; ++i) {
+    text += kHex[bytes[i] >> 4];
+    text += kHex[bytes[i] & 0x0f];
+  }
+  return text;
+}
+
+std::string md5_hex(const std::string& text) {
+  md5_ctx context;
+  uint8_t digest[MD5_DIGEST_SIZE];
+  md5_init(&context);
+  md5_update(&context, text.size(), reinterpret_cast<const uint8_t*>(text.data()));
+  md5_digest(&context, sizeof digest, digest);
+  return to_hex(digest, sizeof digest);
+}
+
+std::string sha256_hex(const std::string& text) {
+  sha256_ctx context;
+  uint8_t digest[SHA256_DIGEST_SIZE];
+  sha256_init(&context);
+  sha256_update(&context, text.size(), reinterpret_cast<const uint8_t*>(text.data()));
+  sha256_digest(&context, sizeof digest, digest);
+  return to_hex(digest, sizeof digest);
+}
+
+struct AlgorithmEntry {
+  const char* name;
+  const char* hash;
+  bool session;
+};
+// The Digest algorithms this client answers.
+constexpr AlgorithmEntry kAlgorithms[] = {
+    {"MD5", "MD5", false},
+    {"MD5-sess", "MD5", true},
+    {"SHA-256", "SHA-256", false},
+    {"SHA-256-sess", "SHA-256", true},
+};
+
+const AlgorithmEntry* find_algorithm(const std::string& name) {
+  for (const AlgorithmEntry& entry : kAlgorithms) {
+    if (equals_ignore_case(name, entry.name)) return &entry;
+  }
+  return nullptr;
+}
+
+void skip_separators(const std::string& text, size_t& position) {
+  while (position < text.size() &&
+         (text[position] == ' ' || text[position] == '\t' || text[position] == ',')) {
+    ++position;
+  }
+}
+
+// Reads name=value or name="quoted value" from position.
+bool next_parameter(const std::string& text, size_t& position, std::string& name,
+                    std::string& value) {
+  skip_separators(text, position);
+  size_t equals = text.find('=', position);
+  if (position >= text.size() || equals == std::string::npos) return false;
+  name = text.substr(position, equals - position);
+  while (!name.empty() && (name.back() == ' ' || name.back() == '\t')) name.pop_back();
+  position = equals + 1;
+  while (position < text.size() && text[position] == ' ') ++position;
+  value.clear();
+  if (position < text.size() && text[position] == '"') {
+    for (++position; position < text.size() && text[position] != '"'; ++position) {
+      if (text[position] == '\\' && position + 1 < text.size()) ++position;
+      value += text[position];
+    }
+    ++position;
+  } else {
+    size_t end = text.find_first_of(", \t", position);
+    if (end == std::string::npos) end = text.size();
+    value = text.substr(position, end - position);
+    position = end;
+  }
+  return true;
+}
+
+bool has_qop_auth(const std::string& list) {
+  size_t position = 0;
+  while (position <= list.size()) {
+    size_t end = list.find(',', position);
+    if (end == std::string::npos) end = list.size();
+    std::string item = list.substr(position, end - position);
+    size_t first = item.find_first_not_of(" \t");
+    size_t last = item.find_last_not_of(" \t");
+    if (first != std::string::npos &&
+        equals_ignore_case(item.substr(first, last - first + 1), "auth")) {
+      return true;
+    }
+    position = end + 1;
+  }
+  return false;
+}
+
+Challenge parse_digest(const std::string& parameters) {
+  Challenge challenge;
+  challenge.scheme = Challenge::Scheme::kDigest;
+  challenge.algorithm = "MD5";
+  size_t position = 0;
+  std::string name, value;
+  while (next_parameter(parameters, position, name, value)) {
+    if (equals_ignore_case(name, "realm")) challenge.realm = value;
+    if (equals_ignore_case(name, "nonce")) challenge.nonce = value;
+    if (equals_ignore_case(name, "opaque")) challenge.opaque = value;
+    if (equals_ignore_case(name, "algorithm")) challenge.algorithm = value;
+    if (equals_ignore_case(name, "qop")) {
+      challenge.qopGiven = true;
+      challenge.qopAuth = has_qop_auth(value);
+    }
+  }
+  return challenge;
+}
+
+// Rank of an answerable challenge; 0 when it cannot be answered.
+int rank(const Challenge& challenge) {
+  if (challenge.scheme == Challenge::Scheme::kBasic) return 1;
+  if (challenge.scheme != Challenge::Scheme::kDigest || challenge.nonce.empty()) return 0;
+  if (challenge.qopGiven && !challenge.qopAuth) return 0;
+  const AlgorithmEntry* entry = find_algorithm(challenge.algorithm);
+  if (entry == nullptr) return 0;
+  return std::strcmp(entry->hash, "SHA-256") == 0 ? 3 : 2;
+}
+
+Challenge parse_challenge(const std::string& value) {
+  size_t first = value.find_first_not_of(" \t");
+  if (first == std::string::npos) return Challenge{};
+  size_t end = value.find_first_of(" \t", first);
+  std::string scheme =
+      value.substr(first, end == std::string::npos ? std::string::npos : end - first);
+  std::string parameters = end == std::string::npos ? std::string() : value.substr(end);
+  if (equals_ignore_case(scheme, "Digest")) return parse_digest(parameters);
+  Challenge challenge;
+  if (equals_ignore_case(scheme, "Basic")) challenge.scheme = Challenge::Scheme::kBasic;
+  return challenge;
+}
+
+std::string quoted(const std::string& text) {
+  std::string result = "\"";
+  for (char c : text) {
+    if (c == '"' || c == '\\') result += '\\';
+    result += c;
+  }
+  return result + "\"";
+}
+
+}  // namespace
+
+std::string hex_digest(const std::string& algorithm, const std::string& text) {
+  return algorithm == "SHA-256" ? sha256_hex(text) : md5_hex(text);
+}
+
+Challenge choose_challenge(const std::vector<Header>& headers) {
+  Challenge best;
+  for (const Header& header : headers) {
+    if (!equals_ignore_case(header.name, "WWW-Authenticate")) continue;
+    Challenge candidate = parse_challenge(header.value);
+    if (rank(candidate) > rank(best)) best = candidate;
+  }
+  return best;
+}
+
+std::string basic_authorization(const std::string& user, const std::string& password) {
+  std::string plain = user + ":" + password;
+  std::string encoded(BASE64_ENCODE_RAW_LENGTH(plain.size()), '\0');
+  base64_encode_raw(reinterpret_cast<char*>(&encoded[0]), plain.size(),
+                    reinterpret_cast<const uint8_t*>(plain.data()));
+  return "Basic " + encoded;
+}
+
+std::string digest_authorization(const Challenge& challenge, const std::string& user,
+                                 const std::string& password, const std::string& method,
+                                 const std::string& uri, const std::string& cnonce) {
+  const AlgorithmEntry* entry = find_algorithm(challenge.algorithm);
+  if (entry == nullptr) return std::string();
+  const std::string hash = entry->hash;
+  std::string ha1 = hex_digest(hash, user + ":" + challenge.realm + ":" + password);
+  if (entry->session) ha1 = hex_digest(hash, ha1 + ":" + challenge.nonce + ":" + cnonce);
+  std::string ha2 = hex_digest(hash, method + ":" + uri);
+  const std::string nc = "00000001";
+  std::string response =
+      challenge.qopAuth
+          ? hex_digest(hash, ha1 + ":" + challenge.nonce + ":" + nc + ":" + cnonce + ":auth:" + ha2)
+          : hex_digest(hash, ha1 + ":" + challenge.nonce + ":" + ha2);
+  std::string value = "Digest username=" + quoted(user) + ", realm=" + quoted(challenge.realm) +
+                      ", nonce=" + quoted(challenge.nonce) + ", uri=" + quoted(uri) +
+                      ", algorithm=" + entry->name + ", response=" + quoted(response);
+  if (challenge.qopAuth) value += ", qop=auth, nc=" + nc + ", cnonce=" + quoted(cnonce);
+  if (!challenge.opaque.empty()) value += ", opaque=" + quoted(challenge.opaque);
+  return value;
+}
+
+std::string random_cnonce() {
+  uint8_t bytes[16] = {};
+  size_t filled = 0;
+  while (filled < sizeof bytes) {
+    ssize_t n = getrandom(bytes + filled, sizeof bytes - filled, 0);
+    if (n <= 0) break;
+    filled += static_cast<size_t>(n);
+  }
+  return to_hex(bytes, sizeof bytes);
+}
+
+}  // namespace kxhttp

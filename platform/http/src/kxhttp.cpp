@@ -1,2 +1,0 @@
-// Placeholder, replaced by the HTTP client implementation.
-#include "kxhttp.h"

@@ -1,0 +1,209 @@
+// Internal pieces of the HTTP client, one concern per source file. The
+// parser and the multipart reader work on any byte source, so that they can
+// be driven from a memory buffer as well as from a socket.
+#ifndef KXHTTP_INTERNAL_H
+#define KXHTTP_INTERNAL_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kxhttp.h"
+
+namespace kxhttp {
+
+using Clock = std::chrono::steady_clock;
+using Deadline = Clock::time_point;
+
+// ---- time ----------------------------------------------------------------
+
+// A time-out in milliseconds after the library-wide divisor is applied.
+long scaled_timeout_ms(long timeoutMs);
+Deadline deadline_after_ms(long timeoutMs);
+// Milliseconds left until the deadline, never negative.
+int remaining_ms(Deadline deadline);
+
+// ---- byte sources --------------------------------------------------------
+
+enum class ReadStatus { kOk, kClosed, kTimeout, kError };
+
+class ByteSource {
+ public:
+  virtual ~ByteSource() = default;
+  // Reads at least one byte before the deadline into buf.
+  virtual ReadStatus read_some(char* buf, size_t capacity, Deadline deadline, size_t& got) = 0;
+};
+
+// Reads from a connected socket with poll.
+class SocketSource : public ByteSource {
+ public:
+  explicit SocketSource(int fd) : fd_(fd) {}
+  ReadStatus read_some(char* buf, size_t capacity, Deadline deadline, size_t& got) override;
+
+ private:
+  int fd_;
+};
+
+// Hands out a memory buffer in small steps, then reports the close.
+class MemorySource : public ByteSource {
+ public:
+  MemorySource(const uint8_t* data, size_t size, size_t step)
+      : data_(data), size_(size), step_(step == 0 ? 1 : step) {}
+  ReadStatus read_some(char* buf, size_t capacity, Deadline deadline, size_t& got) override;
+
+ private:
+  const uint8_t* data_;
+  size_t size_;
+  size_t step_;
+  size_t offset_ = 0;
+};
+
+// Bytes received but not yet consumed, in front of a source.
+struct InputBuffer {
+  ByteSource* source = nullptr;
+  std::string pending;
+  // Appends more bytes from the source to pending.
+  ReadStatus fill(Deadline deadline);
+};
+
+// Result code for a read that ended without the bytes that were due.
+uint32_t code_for_read_status(ReadStatus status);
+
+// ---- response ------------------------------------------------------------
+
+struct Header {
+  std::string name;
+  std::string value;
+};
+
+struct ResponseHead {
+  int status = 0;
+  std::vector<Header> headers;
+  bool hasContentLength = false;
+  uint64_t contentLength = 0;
+};
+
+// Case-insensitive header lookup; null when absent.
+const std::string* find_header(const std::vector<Header>& headers, const char* name);
+bool equals_ignore_case(const std::string& a, const char* b);
+
+// The status as the library reports it: 0x08000000 | three hex digits.
+uint32_t code_for_status(int status);
+
+enum class HeadParse { kIncomplete, kComplete, kBad };
+
+// Parses a status line and headers at the front of data. On kComplete,
+// consumed is the length of the head including its empty line.
+HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_t& consumed);
+
+// Parses "Name: value" lines of a head block (status line excluded) ending
+// at an empty line; kBad for a line without colon or a bad Content-Length.
+HeadParse parse_header_block(const std::string& data, size_t start, std::vector<Header>& headers,
+                             size_t& consumed);
+
+// Reads a response head (skipping interim 1xx heads). 0 or a result code.
+uint32_t read_response_head(InputBuffer& input, Deadline deadline, ResponseHead& head);
+
+// Reads the body into out (capacity bytes, always zero-terminated inside),
+// honouring Content-Length, else up to the close. 0 or a result code.
+uint32_t read_response_body(InputBuffer& input, Deadline deadline, const ResponseHead& head,
+                            bool headRequest, char* out, size_t capacity, size_t& stored);
+
+// ---- multipart -----------------------------------------------------------
+
+// Boundary from a Content-Type value: quoted or not, "--" removed. Empty
+// when the value has none.
+std::string boundary_from_content_type(const std::string& contentType);
+
+class MultipartReader {
+ public:
+  explicit MultipartReader(std::string boundary) : delimiter_("--" + std::move(boundary)) {}
+  // Reads the next part into the reader's own storage. 0 or a result code.
+  uint32_t next_part(InputBuffer& input, Deadline deadline);
+  const std::string& content_type() const { return contentType_; }
+  const std::vector<unsigned char>& data() const { return data_; }
+
+ private:
+  uint32_t skip_delimiter(InputBuffer& input, Deadline deadline);
+  uint32_t read_part_headers(InputBuffer& input, Deadline deadline, std::vector<Header>& headers);
+  uint32_t read_sized_body(InputBuffer& input, Deadline deadline, uint64_t length);
+  uint32_t read_delimited_body(InputBuffer& input, Deadline deadline);
+
+  std::string delimiter_;
+  std::string contentType_;
+  std::vector<unsigned char> data_;
+  bool finished_ = false;
+};
+
+// ---- connection ----------------------------------------------------------
+
+struct Endpoint {
+  std::string host;  // as given, brackets removed
+  unsigned short port = 0;
+  bool numericOnly = true;  // the camera must be an address literal
+};
+
+// Connects within timeoutMs (already scaled). Returns the socket, or -1 with
+// code set to HTTP_ERR_TIMEOUT_CONNECT or HTTP_ERR_CONNECT.
+int connect_endpoint(const Endpoint& endpoint, long timeoutMs, uint32_t& code);
+
+// Sends all bytes before the deadline. 0 or a result code.
+uint32_t send_all(int fd, const std::string& bytes, Deadline deadline);
+
+// ---- request -------------------------------------------------------------
+
+struct RequestLine {
+  std::string method;
+  std::string url;
+  std::string version;
+};
+
+bool is_token(const char* text);
+bool is_field_value(const char* text);
+bool is_request_target(const char* text);
+
+// The request target: the path as given, or through a proxy the absolute
+// URL http://host:port/path with an IPv6 host in brackets.
+std::string request_target(const std::string& url, const std::string& host, unsigned short port,
+                           bool viaProxy);
+
+// The whole request text. A Host header is added when the caller set none.
+std::string build_request(const RequestLine& line, const std::string& target,
+                          const std::vector<Header>& headers, const std::string& host,
+                          unsigned short port, const std::string& authorization);
+
+// ---- authentication ------------------------------------------------------
+
+struct Challenge {
+  enum class Scheme { kNone, kBasic, kDigest } scheme = Scheme::kNone;
+  std::string realm;
+  std::string nonce;
+  std::string opaque;
+  std::string algorithm;  // "MD5", "SHA-256", "MD5-sess", "SHA-256-sess"
+  bool qopAuth = false;   // the server offers qop=auth
+  bool qopGiven = false;  // the server sent a qop parameter at all
+};
+
+// Picks the strongest challenge this client can answer from all
+// WWW-Authenticate values: Digest SHA-256, then Digest MD5, then Basic.
+Challenge choose_challenge(const std::vector<Header>& headers);
+
+std::string basic_authorization(const std::string& user, const std::string& password);
+
+// The Authorization value answering a Digest challenge (nc=00000001).
+// Empty when the algorithm cannot be answered.
+std::string digest_authorization(const Challenge& challenge, const std::string& user,
+                                 const std::string& password, const std::string& method,
+                                 const std::string& uri, const std::string& cnonce);
+
+// Hex digests through the system's hash library; "MD5" or "SHA-256".
+std::string hex_digest(const std::string& algorithm, const std::string& text);
+
+std::string random_cnonce();
+
+}  // namespace kxhttp
+
+#endif  // KXHTTP_INTERNAL_H

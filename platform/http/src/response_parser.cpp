@@ -1,0 +1,193 @@
+// Status line, headers and body of a camera's response.
+#include <algorithm>
+#include <cstring>
+
+#include "kxhttp_internal.h"
+
+namespace kxhttp {
+namespace {
+
+// A head longer than this is not a camera's answer.
+constexpr size_t kMaxHeadBytes = 64 * 1024;
+constexpr char kHttpPrefix[] = "HTTP/";
+constexpr size_t kHttpPrefixLength = sizeof kHttpPrefix - 1;
+
+char lower(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string trim(const std::string& text) {
+  size_t begin = text.find_first_not_of(" \t");
+  if (begin == std::string::npos) return std::string();
+  size_t end = text.find_last_not_of(" \t\r");
+  return text.substr(begin, end - begin + 1);
+}
+
+// Finds the end of the line starting at start: index of '\n', or npos.
+size_t line_end(const std::string& data, size_t start) {
+  return data.find('\n', start);
+}
+
+// The line without its CR LF or LF.
+std::string line_text(const std::string& data, size_t start, size_t end) {
+  size_t stop = (end > start && data[end - 1] == '\r') ? end - 1 : end;
+  return data.substr(start, stop - start);
+}
+
+bool all_digits(const std::string& text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// "HTTP/d.d SSS reason": the status, or 0 when the line is not HTTP.
+int parse_status_line(const std::string& line) {
+  if (line.compare(0, kHttpPrefixLength, kHttpPrefix) != 0) return 0;
+  size_t space = line.find(' ', kHttpPrefixLength);
+  if (space == std::string::npos) return 0;
+  std::string version = line.substr(kHttpPrefixLength, space - kHttpPrefixLength);
+  size_t dot = version.find('.');
+  if (dot == std::string::npos || !all_digits(version.substr(0, dot)) ||
+      !all_digits(version.substr(dot + 1))) {
+    return 0;
+  }
+  size_t codeStart = line.find_first_not_of(' ', space);
+  if (codeStart == std::string::npos || line.size() < codeStart + 3) return 0;
+  std::string code = line.substr(codeStart, 3);
+  if (!all_digits(code) || code[0] == '0') return 0;
+  if (line.size() > codeStart + 3 && line[codeStart + 3] != ' ') return 0;
+  return std::stoi(code);
+}
+
+bool parse_content_length(const std::string& value, uint64_t& length) {
+  std::string text = trim(value);
+  if (!all_digits(text) || text.size() > 15) return false;
+  length = std::stoull(text);
+  return true;
+}
+
+// Takes Content-Length from the headers; false when it is malformed or
+// given twice with different values.
+bool apply_content_length(ResponseHead& head) {
+  for (const Header& header : head.headers) {
+    if (!equals_ignore_case(header.name, "Content-Length")) continue;
+    uint64_t length = 0;
+    if (!parse_content_length(header.value, length)) return false;
+    if (head.hasContentLength && head.contentLength != length) return false;
+    head.hasContentLength = true;
+    head.contentLength = length;
+  }
+  return true;
+}
+
+// Statuses that carry no body whatever the headers say.
+bool status_has_body(int status) {
+  return !(status < 200 || status == 204 || status == 304);
+}
+
+}  // namespace
+
+bool equals_ignore_case(const std::string& a, const char* b) {
+  size_t length = std::strlen(b);
+  if (a.size() != length) return false;
+  for (size_t i = 0; i < length; ++i) {
+    if (lower(a[i]) != lower(b[i])) return false;
+  }
+  return true;
+}
+
+const std::string* find_header(const std::vector<Header>& headers, const char* name) {
+  for (const Header& header : headers) {
+    if (equals_ignore_case(header.name, name)) return &header.value;
+  }
+  return nullptr;
+}
+
+uint32_t code_for_status(int status) {
+  uint32_t hundreds = static_cast<uint32_t>(status / 100 % 10);
+  uint32_t tens = static_cast<uint32_t>(status / 10 % 10);
+  uint32_t ones = static_cast<uint32_t>(status % 10);
+  return HTTP_RESULT_OK | (hundreds << 8) | (tens << 4) | ones;
+}
+
+HeadParse parse_header_block(const std::string& data, size_t start, std::vector<Header>& headers,
+                             size_t& consumed) {
+  size_t position = start;
+  for (;;) {
+    size_t end = line_end(data, position);
+    if (end == std::string::npos) {
+      return data.size() - start > kMaxHeadBytes ? HeadParse::kBad : HeadParse::kIncomplete;
+    }
+    std::string line = line_text(data, position, end);
+    position = end + 1;
+    if (line.empty()) break;
+    size_t colon = line.find(':');
+    if (colon == std::string::npos || colon == 0) return HeadParse::kBad;
+    headers.push_back(Header{trim(line.substr(0, colon)), trim(line.substr(colon + 1))});
+    if (position - start > kMaxHeadBytes) return HeadParse::kBad;
+  }
+  consumed = position - start;
+  return HeadParse::kComplete;
+}
+
+HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_t& consumed) {
+  // Reject a foreign answer as soon as its first bytes show it.
+  size_t compared = std::min(data.size(), kHttpPrefixLength);
+  if (data.compare(0, compared, kHttpPrefix, compared) != 0) return HeadParse::kBad;
+  size_t end = line_end(data, 0);
+  if (end == std::string::npos) {
+    return data.size() > kMaxHeadBytes ? HeadParse::kBad : HeadParse::kIncomplete;
+  }
+  head = ResponseHead{};
+  head.status = parse_status_line(line_text(data, 0, end));
+  if (head.status == 0) return HeadParse::kBad;
+  size_t blockLength = 0;
+  HeadParse result = parse_header_block(data, end + 1, head.headers, blockLength);
+  if (result != HeadParse::kComplete) return result;
+  if (!apply_content_length(head)) return HeadParse::kBad;
+  consumed = end + 1 + blockLength;
+  return HeadParse::kComplete;
+}
+
+uint32_t read_response_head(InputBuffer& input, Deadline deadline, ResponseHead& head) {
+  for (;;) {
+    size_t consumed = 0;
+    HeadParse result = parse_response_head(input.pending, head, consumed);
+    if (result == HeadParse::kBad) return HTTP_ERR_PROTOCOL;
+    if (result == HeadParse::kComplete) {
+      input.pending.erase(0, consumed);
+      if (head.status >= 200) return 0;
+      continue;  // an interim 1xx answer: the real one follows
+    }
+    ReadStatus status = input.fill(deadline);
+    if (status != ReadStatus::kOk) return code_for_read_status(status);
+  }
+}
+
+uint32_t read_response_body(InputBuffer& input, Deadline deadline, const ResponseHead& head,
+                            bool headRequest, char* out, size_t capacity, size_t& stored) {
+  stored = 0;
+  if (capacity == 0) return HTTP_ERR_PARAM;
+  out[0] = '\0';
+  bool hasBody = !headRequest && status_has_body(head.status);
+  uint64_t due = hasBody ? head.contentLength : 0;
+  bool toClose = hasBody && !head.hasContentLength;
+  uint64_t received = 0;
+  for (;;) {
+    // Keep what fits, leaving room for the terminating zero.
+    size_t take = input.pending.size();
+    if (!toClose) take = static_cast<size_t>(std::min<uint64_t>(take, due - received));
+    size_t room = capacity - 1 - stored;
+    size_t keep = std::min(take, room);
+    std::memcpy(out + stored, input.pending.data(), keep);
+    stored += keep;
+    out[stored] = '\0';
+    input.pending.erase(0, take);
+    received += take;
+    if (!toClose && received >= due) return 0;
+    ReadStatus status = input.fill(deadline);
+    if (status == ReadStatus::kClosed && toClose) return 0;
+    if (status != ReadStatus::kOk) return code_for_read_status(status);
+  }
+}
+
+}  // namespace kxhttp

@@ -1,0 +1,310 @@
+// The session calls of the device's HTTP client: one request per
+// connection, answered authentication, and the server-push readers.
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+
+#include "kxhttp_internal.h"
+
+namespace kxhttp {
+namespace {
+
+struct SessionImpl {
+  std::mutex lock;  // one call at a time per session
+  std::string host;
+  Endpoint camera;
+  std::optional<Endpoint> proxy;
+  long connectTimeoutMs = 0;  // as given; scaled when used
+  std::atomic<int> fd{-1};
+  bool connectionUsed = false;  // a request went out on fd
+  bool hasUrl = false;
+  RequestLine line;
+  std::vector<Header> headers;
+  bool hasCredentials = false;
+  std::string user;
+  std::string password;
+  SocketSource source{-1};
+  InputBuffer input;
+  std::unique_ptr<MultipartReader> multipart;
+  bool pushReady = false;  // status and headers of a push were read
+  ResponseHead pushHead;
+};
+
+// The record handed out: the device's head first, so that a pointer to the
+// record is a pointer to its head.
+struct SessionRecord {
+  HTTP_SESSION head;
+  SessionImpl* impl;
+};
+static_assert(sizeof(HTTP_SESSION) >= HTTP_SESSION_INFO_SIZE, "session head too short");
+
+SessionRecord* record_of(HTTP_SESSION* session) {
+  return reinterpret_cast<SessionRecord*>(session);
+}
+
+void close_connection(SessionImpl& impl) {
+  int fd = impl.fd.exchange(-1);
+  if (fd >= 0) close(fd);
+  impl.input.pending.clear();
+  impl.multipart.reset();
+  impl.pushReady = false;
+}
+
+const Endpoint& connect_target(const SessionImpl& impl) {
+  return impl.proxy ? *impl.proxy : impl.camera;
+}
+
+// A fresh connection for the next request. 0 or a result code.
+uint32_t reconnect(SessionImpl& impl, Deadline deadline) {
+  close_connection(impl);
+  long timeout =
+      std::min<long>(scaled_timeout_ms(impl.connectTimeoutMs), std::max(remaining_ms(deadline), 0));
+  uint32_t code = 0;
+  int fd = connect_endpoint(connect_target(impl), timeout, code);
+  if (fd < 0) return code;
+  impl.fd.store(fd);
+  impl.connectionUsed = false;
+  return 0;
+}
+
+// The path of the URL, which Digest signs (a proxy forwards it that way).
+std::string digest_uri(const std::string& url) {
+  if (url.compare(0, 7, "http://") != 0) return url;
+  size_t slash = url.find('/', 7);
+  return slash == std::string::npos ? std::string("/") : url.substr(slash);
+}
+
+uint32_t send_request(SessionImpl& impl, Deadline deadline, const std::string& authorization) {
+  if (impl.connectionUsed || impl.fd.load() < 0) {
+    uint32_t code = reconnect(impl, deadline);
+    if (code != 0) return code;
+  }
+  impl.connectionUsed = true;
+  impl.input.pending.clear();
+  impl.source = SocketSource(impl.fd.load());
+  impl.input.source = &impl.source;
+  std::string target =
+      request_target(impl.line.url, impl.camera.host, impl.camera.port, impl.proxy.has_value());
+  std::string request = build_request(impl.line, target, impl.headers, impl.camera.host,
+                                      impl.camera.port, authorization);
+  return send_all(impl.fd.load(), request, deadline);
+}
+
+// The answer to a 401 challenge, or empty when it cannot be answered.
+std::string answer_challenge(const SessionImpl& impl, const ResponseHead& head) {
+  Challenge challenge = choose_challenge(head.headers);
+  switch (challenge.scheme) {
+    case Challenge::Scheme::kBasic:
+      return basic_authorization(impl.user, impl.password);
+    case Challenge::Scheme::kDigest:
+      return digest_authorization(challenge, impl.user, impl.password, impl.line.method,
+                                  digest_uri(impl.line.url), random_cnonce());
+    case Challenge::Scheme::kNone:
+      break;
+  }
+  return std::string();
+}
+
+// Sends the request and reads the head of the answer, answering one
+// authentication challenge on a new connection. 0 or a result code.
+uint32_t exchange(SessionImpl& impl, Deadline deadline, ResponseHead& head) {
+  if (!impl.hasUrl) return HTTP_ERR_STATE;
+  uint32_t code = send_request(impl, deadline, std::string());
+  if (code == 0) code = read_response_head(impl.input, deadline, head);
+  if (code != 0 || head.status != 401 || !impl.hasCredentials) return code;
+  std::string authorization = answer_challenge(impl, head);
+  if (authorization.empty()) return HTTP_ERR_AUTH;
+  close_connection(impl);
+  code = send_request(impl, deadline, authorization);
+  if (code == 0) code = read_response_head(impl.input, deadline, head);
+  return code;
+}
+
+long response_timeout_ms(int timeoutSec) {
+  return scaled_timeout_ms(timeoutSec * 1000L);
+}
+
+std::string strip_brackets(const char* host) {
+  std::string text = host;
+  if (text.size() >= 2 && text.front() == '[' && text.back() == ']') {
+    text = text.substr(1, text.size() - 2);
+  }
+  return text;
+}
+
+}  // namespace
+}  // namespace kxhttp
+
+using kxhttp::SessionImpl;
+using kxhttp::SessionRecord;
+
+extern "C" {
+
+HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort,
+                                       const char* pcProxyHost, unsigned short usProxyPort,
+                                       int /*iReserved5*/, int iTimeoutMs, int /*iReserved7*/) {
+  if (pcHost == nullptr || *pcHost == '\0') return nullptr;
+  auto impl = std::unique_ptr<SessionImpl>(new (std::nothrow) SessionImpl);
+  auto record = std::unique_ptr<SessionRecord>(new (std::nothrow) SessionRecord{});
+  if (!impl || !record) return nullptr;
+  impl->host = pcHost;
+  impl->camera = kxhttp::Endpoint{kxhttp::strip_brackets(pcHost), usPort, true};
+  if (pcProxyHost != nullptr && *pcProxyHost != '\0') {
+    impl->proxy = kxhttp::Endpoint{kxhttp::strip_brackets(pcProxyHost), usProxyPort, false};
+  }
+  impl->connectTimeoutMs = iTimeoutMs;
+  uint32_t code = 0;
+  int fd = kxhttp::connect_endpoint(kxhttp::connect_target(*impl),
+                                    kxhttp::scaled_timeout_ms(iTimeoutMs), code);
+  if (fd < 0) return nullptr;
+  impl->fd.store(fd);
+  record->head.pcHost = &impl->host[0];
+  record->head.usPort = usPort;
+  record->impl = impl.release();
+  return &record.release()->head;
+}
+
+uint32_t http_set_url(HTTP_SESSION* psSession, const char* pcMethod, const char* pcUrl,
+                      const char* pcVersion) {
+  if (psSession == nullptr || !kxhttp::is_token(pcMethod) || !kxhttp::is_request_target(pcUrl) ||
+      !kxhttp::is_request_target(pcVersion)) {
+    return HTTP_ERR_PARAM;
+  }
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  impl.line = kxhttp::RequestLine{pcMethod, pcUrl, pcVersion};
+  impl.hasUrl = true;
+  return HTTP_RESULT_OK;
+}
+
+uint32_t http_add_header(HTTP_SESSION* psSession, const char* pcName, const char* pcValue) {
+  if (psSession == nullptr || !kxhttp::is_token(pcName) || !kxhttp::is_field_value(pcValue)) {
+    return HTTP_ERR_PARAM;
+  }
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  impl.headers.push_back(kxhttp::Header{pcName, pcValue});
+  return HTTP_RESULT_OK;
+}
+
+uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* pcPassword) {
+  if (psSession == nullptr || pcUser == nullptr || std::strchr(pcUser, ':') != nullptr ||
+      !kxhttp::is_field_value(pcUser) ||
+      (pcPassword != nullptr && !kxhttp::is_field_value(pcPassword))) {
+    return HTTP_ERR_PARAM;
+  }
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  impl.hasCredentials = true;
+  impl.user = pcUser;
+  impl.password = pcPassword != nullptr ? pcPassword : "";
+  return HTTP_RESULT_OK;
+}
+
+uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeoutSec) {
+  if (psSession == nullptr || psBuf == nullptr || psBuf->pcBuffer == nullptr ||
+      psBuf->ulSize == 0) {
+    return HTTP_ERR_PARAM;
+  }
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  psBuf->pcBuffer[0] = '\0';
+  psBuf->ulLength = 0;
+  psBuf->ulStatus = 0;
+  impl.multipart.reset();
+  impl.pushReady = false;
+  kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
+  kxhttp::ResponseHead head;
+  uint32_t code = kxhttp::exchange(impl, deadline, head);
+  if (code != 0) return code;
+  size_t stored = 0;
+  bool headRequest = impl.line.method == "HEAD";
+  code = kxhttp::read_response_body(impl.input, deadline, head, headRequest, psBuf->pcBuffer,
+                                    psBuf->ulSize, stored);
+  psBuf->ulLength = static_cast<uint32_t>(stored);
+  psBuf->ulStatus = static_cast<uint32_t>(head.status);
+  return code != 0 ? code : kxhttp::code_for_status(head.status);
+}
+
+uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec) {
+  if (psSession == nullptr) return HTTP_ERR_PARAM;
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  impl.multipart.reset();
+  impl.pushReady = false;
+  kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
+  kxhttp::ResponseHead head;
+  uint32_t code = kxhttp::exchange(impl, deadline, head);
+  if (code != 0) return code;
+  impl.pushHead = head;
+  impl.pushReady = true;
+  return kxhttp::code_for_status(head.status);
+}
+
+int http_close_session(HTTP_SESSION* psSession) {
+  if (psSession == nullptr) return -1;
+  SessionRecord* record = kxhttp::record_of(psSession);
+  {
+    std::lock_guard<std::mutex> guard(record->impl->lock);
+    kxhttp::close_connection(*record->impl);
+  }
+  delete record->impl;
+  delete record;
+  return 0;
+}
+
+int http_session_socket(HTTP_SESSION* psSession) {
+  if (psSession == nullptr) return -1;
+  return kxhttp::record_of(psSession)->impl->fd.load();
+}
+
+uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, int iTimeoutMs) {
+  if (psSession == nullptr || psPart == nullptr) return HTTP_ERR_PARAM;
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  std::memset(psPart, 0, sizeof *psPart);
+  if (!impl.pushReady) return HTTP_ERR_STATE;
+  if (!impl.multipart) {
+    const std::string* type = kxhttp::find_header(impl.pushHead.headers, "Content-Type");
+    std::string boundary = type ? kxhttp::boundary_from_content_type(*type) : std::string();
+    if (boundary.empty()) return HTTP_ERR_PROTOCOL;
+    impl.multipart = std::make_unique<kxhttp::MultipartReader>(boundary);
+  }
+  kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
+  uint32_t code = impl.multipart->next_part(impl.input, deadline);
+  if (code != 0) return code;
+  const std::string& type = impl.multipart->content_type();
+  size_t typeLength = std::min(type.size(), sizeof psPart->acContentType - 1);
+  std::memcpy(psPart->acContentType, type.data(), typeLength);
+  psPart->pucData = const_cast<unsigned char*>(impl.multipart->data().data());
+  psPart->ulLength = impl.multipart->data().size();
+  return 0;
+}
+
+uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, size_t* pulRead,
+                        int iTimeoutMs) {
+  if (pulRead != nullptr) *pulRead = 0;
+  if (psSession == nullptr || pvData == nullptr || pulRead == nullptr || ulMax == 0) {
+    return HTTP_ERR_PARAM;
+  }
+  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
+  std::lock_guard<std::mutex> guard(impl.lock);
+  if (!impl.pushReady) return HTTP_ERR_STATE;
+  if (impl.input.pending.empty()) {
+    kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
+    kxhttp::ReadStatus status = impl.input.fill(deadline);
+    if (status != kxhttp::ReadStatus::kOk) return kxhttp::code_for_read_status(status);
+  }
+  size_t count = std::min(ulMax, impl.input.pending.size());
+  std::memcpy(pvData, impl.input.pending.data(), count);
+  impl.input.pending.erase(0, count);
+  *pulRead = count;
+  return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,101 @@
+// Deadline-bounded reading from sockets and from memory.
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include "kxhttp_internal.h"
+
+namespace kxhttp {
+namespace {
+
+// The only library-wide state: tests shorten every time-out with it.
+std::atomic<int> g_timeoutDivisor{1};
+
+}  // namespace
+
+}  // namespace kxhttp
+
+extern "C" void http_set_timeout_divisor(int iDivisor) {
+  kxhttp::g_timeoutDivisor.store(iDivisor < 1 ? 1 : iDivisor, std::memory_order_relaxed);
+}
+
+namespace kxhttp {
+
+long scaled_timeout_ms(long timeoutMs) {
+  if (timeoutMs <= 0) return 0;
+  return timeoutMs / g_timeoutDivisor.load(std::memory_order_relaxed);
+}
+
+Deadline deadline_after_ms(long timeoutMs) {
+  return Clock::now() + std::chrono::milliseconds(timeoutMs);
+}
+
+int remaining_ms(Deadline deadline) {
+  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+  if (left.count() <= 0) return 0;
+  // Round up so that a poll never wakes just before the deadline.
+  return static_cast<int>(std::min<long long>(left.count() + 1, 1 << 30));
+}
+
+ReadStatus SocketSource::read_some(char* buf, size_t capacity, Deadline deadline, size_t& got) {
+  got = 0;
+  for (;;) {
+    pollfd pfd{fd_, POLLIN, 0};
+    int wait = remaining_ms(deadline);
+    if (wait == 0 && Clock::now() >= deadline) return ReadStatus::kTimeout;
+    int ready = poll(&pfd, 1, wait);
+    if (ready < 0) {
+      if (errno == EINTR) continue;
+      return ReadStatus::kError;
+    }
+    if (ready == 0) {
+      if (Clock::now() >= deadline) return ReadStatus::kTimeout;
+      continue;
+    }
+    ssize_t n = recv(fd_, buf, capacity, MSG_DONTWAIT);
+    if (n > 0) {
+      got = static_cast<size_t>(n);
+      return ReadStatus::kOk;
+    }
+    if (n == 0) return ReadStatus::kClosed;
+    if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK) continue;
+    return ReadStatus::kError;
+  }
+}
+
+ReadStatus MemorySource::read_some(char* buf, size_t capacity, Deadline, size_t& got) {
+  got = 0;
+  if (offset_ >= size_) return ReadStatus::kClosed;
+  got = std::min({capacity, step_, size_ - offset_});
+  std::memcpy(buf, data_ + offset_, got);
+  offset_ += got;
+  return ReadStatus::kOk;
+}
+
+ReadStatus InputBuffer::fill(Deadline deadline) {
+  char chunk[4096];
+  size_t got = 0;
+  ReadStatus status = source->read_some(chunk, sizeof chunk, deadline, got);
+  if (status == ReadStatus::kOk) pending.append(chunk, got);
+  return status;
+}
+
+uint32_t code_for_read_status(ReadStatus status) {
+  switch (status) {
+    case ReadStatus::kTimeout:
+      return HTTP_ERR_TIMEOUT;
+    case ReadStatus::kClosed:
+      return HTTP_ERR_CLOSED;
+    case ReadStatus::kError:
+      return HTTP_ERR_CONNECT;
+    case ReadStatus::kOk:
+      break;
+  }
+  return 0;
+}
+
+}  // namespace kxhttp

@@ -1,0 +1,57 @@
+// Shared helpers of the HTTP client tests.
+#ifndef HTTP_FIXTURE_H
+#define HTTP_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "kxhttp.h"
+#include "scripted_server.h"
+
+namespace httptest {
+
+// Every test runs its time-outs ten times faster: 5 s become 500 ms.
+constexpr int kDivisor = 10;
+constexpr auto kScaledRequestTimeout = std::chrono::milliseconds(5000 / kDivisor);
+// What a return may lag behind the time-out on a busy 2-core machine.
+constexpr auto kLateness = std::chrono::milliseconds(400);
+
+class HttpClientTest : public ::testing::Test {
+ protected:
+  void SetUp() override { http_set_timeout_divisor(kDivisor); }
+  void TearDown() override { http_set_timeout_divisor(1); }
+};
+
+// The 2048-byte receive record as the requester fills it.
+struct ReceiveBuffer {
+  std::vector<char> storage = std::vector<char>(2048, '\0');
+  _InetBuffer record{};
+  ReceiveBuffer() {
+    record.ulSize = static_cast<uint32_t>(storage.size());
+    record.pcBuffer = storage.data();
+  }
+  std::string text() const { return std::string(storage.data()); }
+};
+
+// Opens a session to address:port as the requester does (30000 ms).
+inline HTTP_SESSION* open_session(const char* address, unsigned short port) {
+  return http_open_session_to_ret(address, port, nullptr, 0, 0, 30000, 0);
+}
+
+// One GET as the requester sends it; returns the result code.
+inline uint32_t get(HTTP_SESSION* session, const char* url, ReceiveBuffer& buffer) {
+  EXPECT_EQ(HTTP_RESULT_OK, http_set_url(session, "GET", url, "HTTP/1.0"));
+  EXPECT_EQ(HTTP_RESULT_OK, http_add_header(session, "Connection", "Keep-Alive"));
+  return http_do_request(session, &buffer.record, 5);
+}
+
+inline bool is_timeout(uint32_t code) {
+  return (code & 0xFFFF) == 0x1000 || (code & 0xFFFF) == 0x7000;
+}
+
+}  // namespace httptest
+
+#endif  // HTTP_FIXTURE_H

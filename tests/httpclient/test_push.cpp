@@ -1,0 +1,208 @@
+// Server push: status and headers first, then the parts of a
+// multipart/x-mixed-replace body, or raw audio bytes, read by the upper layer.
+#include <string>
+
+#include "http_fixture.h"
+
+using namespace httptest;
+using std::chrono::steady_clock;
+
+namespace {
+
+const std::string kJpegA = std::string("\xff\xd8", 2) + "picture one\r\n--not-a-boundary" +
+                           std::string("\0\x01\xff\xd9", 4);
+const std::string kJpegB = std::string("\xff\xd8", 2) + "picture two" + std::string("\xff\xd9", 2);
+
+std::string push_head(const std::string& contentType) {
+  return "HTTP/1.0 200 OK\r\nContent-Type: " + contentType + "\r\n\r\n";
+}
+
+std::string part(const std::string& boundaryLine, const std::string& data, bool withLength) {
+  std::string text = boundaryLine + "\r\nContent-Type: image/jpeg\r\n";
+  if (withLength) text += "Content-Length: " + std::to_string(data.size()) + "\r\n";
+  return text + "\r\n" + data + "\r\n";
+}
+
+// Opens a session and starts a push served by the script.
+HTTP_SESSION* start_push(ScriptedServer& server, const std::string& bytes, bool stayOpen) {
+  server.add([bytes, stayOpen](Connection& c) {
+    c.read_head();
+    c.send(bytes);
+    if (stayOpen) c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  if (session == nullptr) return nullptr;
+  http_set_url(session, "GET", "/cgi-bin/jpeg?uid=7&mode=push", "HTTP/1.0");
+  EXPECT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  return session;
+}
+
+struct BoundaryCase {
+  const char* name;
+  const char* contentType;
+  bool firstBoundary;
+  bool lengths;
+};
+
+const BoundaryCase kBoundaryCases[] = {
+    {"Plain", "multipart/x-mixed-replace; boundary=myboundary", true, true},
+    {"Quoted", "multipart/x-mixed-replace; boundary=\"myboundary\"", true, false},
+    {"WithDashes", "multipart/x-mixed-replace;boundary=--myboundary", true, true},
+    {"QuotedWithDashes", "multipart/x-mixed-replace; boundary=\"--myboundary\"", true, false},
+    {"FirstBoundaryMissing", "multipart/x-mixed-replace; boundary=myboundary", false, true},
+    {"FirstMissingNoLength", "multipart/x-mixed-replace; boundary=myboundary", false, false},
+};
+
+}  // namespace
+
+class BoundaryTest : public HttpClientTest, public ::testing::WithParamInterface<BoundaryCase> {};
+
+TEST_P(BoundaryTest, PartsComeOutWithTheirBytes) {
+  const BoundaryCase& c = GetParam();
+  std::string body;
+  if (c.firstBoundary) body += "--myboundary\r\n";
+  std::string first = part("", kJpegA, c.lengths);
+  body += first.substr(2);  // the part's headers follow the boundary line
+  body += part("--myboundary", kJpegB, c.lengths);
+  body += "--myboundary\r\n";
+  ScriptedServer server("127.0.0.1");
+  int before = open_fd_count();
+  HTTP_SESSION* session = start_push(server, push_head(c.contentType) + body, true);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_STREQ("image/jpeg", received.acContentType);
+  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  // No third part comes: the reader gives up after its time-out.
+  auto start = steady_clock::now();
+  EXPECT_EQ(HTTP_ERR_TIMEOUT, http_push_next_part(session, &received, 3000));
+  EXPECT_LT(steady_clock::now() - start, std::chrono::milliseconds(3000 / kDivisor) + kLateness);
+  EXPECT_GE(steady_clock::now() - start, std::chrono::milliseconds(3000 / kDivisor));
+  EXPECT_EQ(0, http_close_session(session));
+  ASSERT_TRUE(server.wait_idle());
+  EXPECT_EQ(before, open_fd_count());
+}
+
+INSTANTIATE_TEST_SUITE_P(Variants, BoundaryTest, ::testing::ValuesIn(kBoundaryCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(HttpClientTest, PushPartsArriveOneByOneFromADrippingCamera) {
+  ScriptedServer server("127.0.0.1");
+  std::string body =
+      "--b\r\nContent-Type: image/jpeg\r\nContent-Length: 5\r\n\r\nhello\r\n"
+      "--b\r\nContent-Type: image/jpeg\r\n\r\nworld\r\n--b--\r\n";
+  server.add([body](Connection& c) {
+    c.read_head();
+    c.send(push_head("multipart/x-mixed-replace; boundary=b"));
+    c.drip(body, std::chrono::milliseconds(1));
+    c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push", "HTTP/1.0");
+  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ("hello", std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ("world", std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  // The closing delimiter ends the stream.
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, PushPartCutByTheCloseIsReported) {
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session =
+      start_push(server,
+                 push_head("multipart/x-mixed-replace; boundary=b") +
+                     "--b\r\nContent-Type: image/jpeg\r\nContent-Length: 50\r\n\r\nshort",
+                 false);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, PushWithoutBoundaryIsAProtocolError) {
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session = start_push(server, push_head("image/jpeg") + "xx", true);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  EXPECT_EQ(HTTP_ERR_PROTOCOL, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, PushStatusIsReturnedAsTheResultCode) {
+  ScriptedServer server("127.0.0.1");
+  server.add([](Connection& c) {
+    c.read_head();
+    c.send(response("HTTP/1.0 404 Not Found", "no such stream"));
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push", "HTTP/1.0");
+  EXPECT_EQ(0x08000404u, http_do_server_push(session, 5));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, SilentPushTimesOut) {
+  ScriptedServer server("127.0.0.1");
+  server.add([](Connection& c) { c.hang(); });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push", "HTTP/1.0");
+  auto start = steady_clock::now();
+  EXPECT_EQ(HTTP_ERR_TIMEOUT, http_do_server_push(session, 5));
+  EXPECT_LT(steady_clock::now() - start, kScaledRequestTimeout + kLateness);
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, AudioBytesAreReadRaw) {
+  std::string audio;
+  for (int i = 0; i < 3000; ++i) audio += static_cast<char>(i * 7);
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session =
+      start_push(server, "HTTP/1.0 200 OK\r\nContent-Type: audio/G726-32\r\n\r\n" + audio, false);
+  ASSERT_NE(nullptr, session);
+  std::string received;
+  char chunk[500];
+  size_t got = 0;
+  uint32_t code = 0;
+  while ((code = http_push_read(session, chunk, sizeof chunk, &got, 5000)) == 0) {
+    EXPECT_LE(got, sizeof chunk);
+    received.append(chunk, got);
+  }
+  EXPECT_EQ(HTTP_ERR_CLOSED, code);
+  EXPECT_EQ(audio, received);
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, AudioReadTimesOut) {
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session =
+      start_push(server, "HTTP/1.0 200 OK\r\nContent-Type: audio/G726-32\r\n\r\n", true);
+  ASSERT_NE(nullptr, session);
+  char chunk[64];
+  size_t got = 99;
+  auto start = steady_clock::now();
+  EXPECT_EQ(HTTP_ERR_TIMEOUT, http_push_read(session, chunk, sizeof chunk, &got, 2000));
+  EXPECT_GE(steady_clock::now() - start, std::chrono::milliseconds(2000 / kDivisor));
+  EXPECT_LT(steady_clock::now() - start, std::chrono::milliseconds(2000 / kDivisor) + kLateness);
+  EXPECT_EQ(0u, got);
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, ReadersNeedAPushFirst) {
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  char chunk[8];
+  size_t got = 0;
+  EXPECT_EQ(HTTP_ERR_STATE, http_push_next_part(session, &received, 100));
+  EXPECT_EQ(HTTP_ERR_STATE, http_push_read(session, chunk, sizeof chunk, &got, 100));
+  EXPECT_EQ(0, http_close_session(session));
+}

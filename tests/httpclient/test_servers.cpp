@@ -1,0 +1,2 @@
+// placeholder until the real servers are wired in
+#include <gtest/gtest.h>
