@@ -1,0 +1,52 @@
+// The three CGI dialects: what a camera, a Quillon camera and a KEL recorder
+// answer to each path. Pure request-to-reply logic; the device sends it.
+#ifndef CAMSIM_DIALECT_H
+#define CAMSIM_DIALECT_H
+
+#include <string>
+
+#include "Config.h"
+#include "Jpeg.h"
+#include "Sessions.h"
+
+namespace camsim {
+
+enum class BodyKind {
+  kText,         // a text body of key=value lines
+  kJpegPush,     // multipart/x-mixed-replace of JPEG pictures, until closed
+  kAudioStream,  // a G.726 byte stream, until closed
+};
+
+struct Reply {
+  int status = 200;
+  std::string body;
+  BodyKind kind = BodyKind::kText;
+  double frameRate = 0;         // pictures per second of a push
+  PictureSize size = {16, 16};  // picture size of a push
+};
+
+// What a dialect handler may read and change; the caller holds the lock
+// that guards sessions.
+struct DeviceState {
+  int model = 0;
+  ReplyValues values;
+  std::string user;
+  std::string password;
+  Sessions* sessions = nullptr;
+};
+
+// The reply to a GET of path with the given query.
+Reply Answer(DeviceState& state, const std::string& path, const std::string& query);
+
+// Reply bodies of refusals, so that tests and users can tell them apart.
+extern const char kUnknownUidBody[];   // a UID that was never issued or was released
+extern const char kBadParamBody[];     // a missing or malformed parameter
+extern const char kNotFoundBody[];     // a path this model does not serve
+extern const char kLoginFailedBody[];  // recorder login with wrong credentials or key
+
+// Text of the status line for a code ("Not Found"); "Status" if unknown.
+const char* ReasonPhrase(int status);
+
+}  // namespace camsim
+
+#endif

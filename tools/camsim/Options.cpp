@@ -1,0 +1,290 @@
+#include "Options.h"
+
+#include <cstdlib>
+
+#include "Models.h"
+#include "Socket.h"
+
+namespace camsim {
+
+namespace {
+
+bool ReadLong(const std::string& text, long low, long high, long* value) {
+  if (text.empty() || text.size() > 10) return false;
+  size_t start = text[0] == '-' ? 1 : 0;
+  if (start == text.size() || text.find_first_not_of("0123456789", start) != std::string::npos) {
+    return false;
+  }
+  *value = std::atol(text.c_str());
+  return *value >= low && *value <= high;
+}
+
+bool ReadInt(const std::string& text, long low, long high, int* value) {
+  long number = 0;
+  if (!ReadLong(text, low, high, &number)) return false;
+  *value = static_cast<int>(number);
+  return true;
+}
+
+using Apply = bool (*)(const std::string& value, DeviceOptions* device, std::string* error);
+
+struct DeviceOption {
+  const char* name;
+  const char* argument;
+  const char* help;
+  Apply apply;
+};
+
+bool Bad(std::string* error, const std::string& what) {
+  *error = what;
+  return false;
+}
+
+bool ApplyModel(const std::string& value, DeviceOptions* device, std::string* error) {
+  device->config.model = ParseModel(value);
+  return device->config.model >= 0 || Bad(error, "unknown model \"" + value + "\"");
+}
+
+bool ApplyAuth(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ParseAuthMode(value, &device->config.auth) || Bad(error, "unknown auth \"" + value + "\"");
+}
+
+bool ApplyUser(const std::string& value, DeviceOptions* device, std::string*) {
+  device->config.user = value;
+  return true;
+}
+
+bool ApplyPassword(const std::string& value, DeviceOptions* device, std::string*) {
+  device->config.password = value;
+  return true;
+}
+
+bool ApplyRealm(const std::string& value, DeviceOptions* device, std::string*) {
+  device->config.realm = value;
+  return true;
+}
+
+bool ApplyUidStart(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 2000000000, &device->config.values.firstUid) ||
+         Bad(error, "bad --uid-start");
+}
+
+bool ApplyBitrate(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 2000000000, &device->config.values.audioBitrate) ||
+         Bad(error, "bad --abitrate");
+}
+
+bool ApplyEnable(const std::string& value, DeviceOptions* device, std::string* error) {
+  if (value.empty()) return Bad(error, "bad --aenable");
+  device->config.values.audioEnable = value;
+  return true;
+}
+
+bool ApplyDelivery(const std::string& value, DeviceOptions* device, std::string* error) {
+  if (value.empty()) return Bad(error, "bad --delivery");
+  device->config.values.delivery = value;
+  return true;
+}
+
+bool ApplyMultiAddress(const std::string& value, DeviceOptions* device, std::string* error) {
+  std::array<int, 4> octets{};
+  size_t start = 0;
+  for (int i = 0; i < 4; ++i) {
+    size_t end = i < 3 ? value.find('.', start) : value.size();
+    if (end == std::string::npos ||
+        !ReadInt(value.substr(start, end - start), 0, 255, &octets[i])) {
+      return Bad(error, "bad --multi-addr \"" + value + "\"");
+    }
+    start = end + 1;
+  }
+  device->config.values.multiAddress = octets;
+  return true;
+}
+
+bool ApplyMultiAddressV6(const std::string& value, DeviceOptions* device, std::string*) {
+  device->config.values.multiAddressV6 = value;
+  return true;
+}
+
+bool ApplyPort(const std::string& value, int* port, const char* name, std::string* error) {
+  return ReadInt(value, 0, 65535, port) || Bad(error, std::string("bad ") + name);
+}
+
+bool ApplyMultiPort(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ApplyPort(value, &device->config.values.multiPort, "--multi-port", error);
+}
+
+bool ApplyUniPort(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ApplyPort(value, &device->config.values.uniPort, "--uni-port", error);
+}
+
+bool ApplyAudioInPort(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ApplyPort(value, &device->config.values.audioInPort, "--ain-port", error);
+}
+
+bool ApplyFileName(const std::string& value, DeviceOptions* device, std::string*) {
+  device->config.values.fileName = value;
+  return true;
+}
+
+bool ApplyPlayMode(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 2000000000, &device->config.values.playMode) ||
+         Bad(error, "bad --play-mode");
+}
+
+bool ApplyFrameRate(const std::string& value, DeviceOptions* device, std::string* error) {
+  char* end = nullptr;
+  double rate = std::strtod(value.c_str(), &end);
+  if (value.empty() || *end != '\0' || !(rate >= 0.05 && rate <= 100)) {
+    return Bad(error, "bad --frame-rate (0.05 to 100)");
+  }
+  device->config.values.frameRate = rate;
+  return true;
+}
+
+bool ApplyGray(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 255, &device->config.values.gray) || Bad(error, "bad --gray");
+}
+
+bool ApplyFault(const std::string& value, DeviceOptions* device, std::string* error) {
+  size_t colon = value.find(':');
+  if (colon == std::string::npos || colon == 0) return Bad(error, "bad --fault, want PATH:SPEC");
+  Fault fault;
+  std::string why;
+  if (!ParseFault(value.substr(colon + 1), &fault, &why)) return Bad(error, "--fault: " + why);
+  device->faults.emplace_back(value.substr(0, colon), fault);
+  return true;
+}
+
+bool ApplyRefuse(const std::string&, DeviceOptions* device, std::string*) {
+  device->config.startRefusing = true;
+  return true;
+}
+
+constexpr DeviceOption kDeviceOptions[] = {
+    {"--model", "MODEL", "camera type 0..36, or its name (CAM07, QV262, KEL31, KE850...); 0",
+     ApplyModel},
+    {"--auth", "MODE", "none, basic, digest-md5 (or digest), digest-sha256; none", ApplyAuth},
+    {"--user", "NAME", "user of HTTP authentication and recorder login; admin", ApplyUser},
+    {"--password", "TEXT", "its password; password", ApplyPassword},
+    {"--realm", "TEXT", "authentication realm; camsim", ApplyRealm},
+    {"--uid-start", "N", "first UID handed out; 1", ApplyUidStart},
+    {"--abitrate", "N", "aBitrate= of the getuid reply; 32", ApplyBitrate},
+    {"--aenable", "VALUE", "aEnable= of the getuid reply, a number or in; 1", ApplyEnable},
+    {"--delivery", "MODE", "sDelivery=: multi, uni or uni_manual; multi", ApplyDelivery},
+    {"--multi-addr", "A.B.C.D", "iMultiAdd1= to iMultiAdd4=; 239.1.2.4", ApplyMultiAddress},
+    {"--multi-addr6", "TEXT", "iMultiAddv6= (left out when empty); empty", ApplyMultiAddressV6},
+    {"--multi-port", "N", "iMultiPort=; 5000", ApplyMultiPort},
+    {"--uni-port", "N", "iUniPort=; 6000", ApplyUniPort},
+    {"--ain-port", "N", "aInPort=; 7000", ApplyAudioInPort},
+    {"--filename", "TEXT", "recorder status: the text after FILENAME; =REC0001.DAT", ApplyFileName},
+    {"--play-mode", "N", "recorder status: PLAY_MODE=; 0", ApplyPlayMode},
+    {"--frame-rate", "R", "pictures per second of a push that names none; 5", ApplyFrameRate},
+    {"--gray", "N", "gray level 0..255 of the pictures; 128", ApplyGray},
+    {"--fault", "PATH:SPEC", "a fault on PATH (or * for every path), repeatable", ApplyFault},
+    {"--refuse", nullptr, "start with the listener closed (SIGUSR2 opens it)", ApplyRefuse},
+};
+
+const DeviceOption* FindDeviceOption(const std::string& name) {
+  for (const DeviceOption& option : kDeviceOptions) {
+    if (name == option.name) return &option;
+  }
+  return nullptr;
+}
+
+bool ApplyDeviceOption(const std::vector<std::string>& args, size_t* i, Options* options,
+                       std::string* error) {
+  const DeviceOption* option = FindDeviceOption(args[*i]);
+  if (option == nullptr) return Bad(error, "unknown option \"" + args[*i] + "\"");
+  if (options->devices.empty()) return Bad(error, args[*i] + " comes before any --listen");
+  std::string value;
+  if (option->argument != nullptr) {
+    if (*i + 1 >= args.size()) return Bad(error, args[*i] + " needs " + option->argument);
+    value = args[++*i];
+  }
+  return option->apply(value, &options->devices.back(), error);
+}
+
+}  // namespace
+
+bool ParseListen(const std::string& text, std::string* address, uint16_t* port) {
+  size_t colon = text.rfind(':');
+  if (colon == std::string::npos || colon == 0) return false;
+  std::string host = text.substr(0, colon);
+  if (host.front() == '[') {
+    if (host.back() != ']') return false;
+    host = host.substr(1, host.size() - 2);
+  } else if (host.find(':') != std::string::npos) {
+    return false;  // an IPv6 address needs its brackets
+  }
+  int number = 0;
+  if (!ReadInt(text.substr(colon + 1), 0, 65535, &number)) return false;
+  sockaddr_storage storage{};
+  socklen_t length = 0;
+  if (!MakeAddress(host, static_cast<uint16_t>(number), &storage, &length)) return false;
+  *address = host;
+  *port = static_cast<uint16_t>(number);
+  return true;
+}
+
+bool ParseOptions(const std::vector<std::string>& args, Options* options, std::string* error) {
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--help" || args[i] == "-h") {
+      options->help = true;
+    } else if (args[i] == "--verbose" || args[i] == "-v") {
+      options->verbose = true;
+    } else if (args[i] == "--listen") {
+      if (i + 1 >= args.size()) return Bad(error, "--listen needs ADDR:PORT");
+      DeviceOptions device;
+      if (!ParseListen(args[++i], &device.config.address, &device.config.port)) {
+        return Bad(error, "bad --listen \"" + args[i] + "\", want ADDR:PORT or [ADDR6]:PORT");
+      }
+      options->devices.push_back(device);
+    } else if (!ApplyDeviceOption(args, &i, options, error)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string UsageText() {
+  std::string text =
+      "usage: camsim --listen ADDR:PORT [device options] [--listen ADDR:PORT ...]\n"
+      "\n"
+      "Simulates network cameras and KEL recorders for libCCamRequester. Each\n"
+      "--listen starts one device; the device options after it apply to it.\n"
+      "PORT 0 lets the system choose; the bound port is printed on start-up as\n"
+      "  camsim: device N model M (NAME) listening on ADDR port PORT\n"
+      "Runs until SIGINT or SIGTERM. SIGUSR1 closes every listener (connections\n"
+      "are refused), SIGUSR2 opens them again.\n"
+      "\n"
+      "Global options:\n"
+      "  --help, -h              this text\n"
+      "  --verbose, -v           print every request received to standard error\n"
+      "  --listen ADDR:PORT      start a device on a numeric address, IPv6 in\n"
+      "                          brackets: 127.0.0.1:8080, [::1]:0\n"
+      "\n"
+      "Device options (value; default):\n";
+  for (const DeviceOption& option : kDeviceOptions) {
+    std::string left = std::string("  ") + option.name;
+    if (option.argument != nullptr) left += std::string(" ") + option.argument;
+    if (left.size() < 26) left.resize(26, ' ');
+    text += left + option.help + "\n";
+  }
+  text +=
+      "\n"
+      "Fault SPEC, items joined by commas:\n"
+      "  status=N           answer with status N (401 carries a challenge)\n"
+      "  delay=MS           wait MS milliseconds before answering\n"
+      "  noanswer           answer nothing and hold the connection open\n"
+      "  close-header       close in the middle of the status line and headers\n"
+      "  close-body         close after half the body (or half the first picture)\n"
+      "  garbage            answer with bytes that are not HTTP\n"
+      "  long-body[=N]      pad the reply body to N bytes (more than 2048; 4096)\n"
+      "  omit=KEY           leave out reply lines starting with KEY, e.g. aEnable=\n"
+      "  push-stall[=N]     a push or audio stream sends N parts (1), then nothing\n"
+      "  times=N            only the next N requests on that path (0: until cleared)\n";
+  return text;
+}
+
+}  // namespace camsim
