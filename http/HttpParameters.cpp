@@ -1,185 +1,179 @@
-// CCamRequester_Cgi_Kobu_Http: the parameters and information queries.
+// CCamRequester_Cgi_Kobu_Http: the parameters and information queries. The
+// behaviour is the one both requesters share; this file holds what is the
+// HTTP requester's own: its kinds, its command types and their words, its
+// own null-record checks and the words of its recorder query.
 #include "CCamRequester_Cgi_Kobu_Http.h"
+#include "CamParameters.h"
 
-int CCamRequester_Cgi_Kobu_Http::SetParameter(long lKind, const void* pParam, int iSize) {
-  (void)lKind;
-  (void)pParam;
-  (void)iSize;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameter");
-  return -1;
+namespace {
+
+using Http = CCamRequester_Cgi_Kobu_Http;
+
+// Words of the command types 0..3, one 6-character cell each.
+constexpr char kTypeWords[][6] = {"jpeg", "audio", "play", "error"};
+
+constexpr campar::CamParamTraits kHttpTraits = {
+    "CCamRequester_Cgi_Kobu_Http",
+    true,  // the setters refuse a null record themselves ("invalid param")
+    CAM_REQUESTER_CMD_JPEG_PLAY,
+    CAM_REQUESTER_CMD_HTTP_INVALID,
+    kTypeWords[0],
+    sizeof(kTypeWords[0]),
+    "H:%s",
+    true,  // a JPEG stream is also told by frame rate and resolution
+    true,
+    {"GetInfoKelInfo [DEBUG] IP unmach [Param:%s]!=[Setup:%s]\n",
+     "GetInfoKelInfo [DEBUG] PORT# unmach [Param:%d]!=[Setup:%d]\n",
+     "GetInfoKelInfo [DEBUG] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n",
+     "GetInfoKelInfo [Error] pParam invalid\n"}};
+
+// The parameter kinds of the HTTP requester; 2 and 21 are not among them.
+constexpr campar::SetterEntry<Http> kSetters[] = {
+    {CAM_PARAM_IPADDRESS, &Http::SetParameterIpAddress},
+    {CAM_PARAM_HTTPPORT, &Http::SetParameterHttpPort},
+    {CAM_PARAM_CMDTYPE, &Http::SetParameterCmdType},
+    {CAM_PARAM_UID, &Http::SetParameterUid},
+    {CAM_PARAM_CALLBACK, &Http::SetParameterCallback},
+    {CAM_PARAM_AUTH, &Http::SetParameterAuth},
+    {CAM_PARAM_PROXY, &Http::SetParameterProxy},
+    {CAM_PARAM_FRATE, &Http::SetParameterFrate},
+    {CAM_PARAM_RESOLUTION, &Http::SetParameterResolution},
+    {CAM_PARAM_CAMTYPE, &Http::SetParameterCamType},
+    {CAM_PARAM_PRESET, &Http::SetParameterPreset},
+    {CAM_PARAM_SELCH, &Http::SetParameterSelCh},
+    {CAM_PARAM_SCREENPOS, &Http::SetParameterScreenPos},
+    {CAM_PARAM_KELINFO, &Http::SetParameterKelInfo},
+    {CAM_PARAM_SAMEUIDGROUP_KEL, &Http::SetParameterSameUIDGroup_KEL},
+    {CAM_PARAM_CTRLFLAG_KEL, &Http::SetCtrlFlag_KEL},
+    {CAM_PARAM_KEEPALIVEFLAG_KEL, &Http::SetKeepAliveFlag_KEL},
+    {CAM_PARAM_CHANGESTATUS_KEL, &Http::ChangeStatus_KEL},
+    {CAM_PARAM_PLAYMODE, &Http::SetParameterPlayMode},
+    {CAM_PARAM_STATUSCHANGE, &Http::SetParameterStatusChange},
+    {CAM_PARAM_CAMNO, &Http::SetParameterCamNo},
+    {CAM_PARAM_HTTPERROR, &Http::SetParameterHttpError},
+    {CAM_PARAM_DEBUGINFO, &Http::SetParameterDebugInfo},
+};
+
+}  // namespace
+
+int Http::SetParameter(long lKind, const void* pParam, int iSize) {
+  (void)iSize;  // the record's size is not read
+  return campar::DispatchSetParameter(*this, kHttpTraits, kSetters, lKind, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetInfo(long lKind, void* pParam) {
-  (void)lKind;
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetInfo");
-  return -1;
+int Http::GetInfo(long lKind, void* pParam) {
+  return campar::DispatchGetInfo(*this, lKind, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetCtrlFlag_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetCtrlFlag_KEL");
-  return -1;
+int Http::SetCtrlFlag_KEL(const void* pParam) {
+  return campar::SetCtrlFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetCtrlFlag_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetCtrlFlag_KEL");
-  return -1;
+int Http::GetCtrlFlag_KEL(void* pParam) {
+  return campar::GetCtrlFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetParameterSameUIDGroup_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetParameterSameUIDGroup_KEL");
-  return -1;
+int Http::GetParameterSameUIDGroup_KEL(void* pParam) {
+  return campar::GetSameUidGroupKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetKeepAliveFlag_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetKeepAliveFlag_KEL");
-  return -1;
+int Http::SetKeepAliveFlag_KEL(const void* pParam) {
+  return campar::SetKeepAliveFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetKeepAliveFlag_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetKeepAliveFlag_KEL");
-  return -1;
+int Http::GetKeepAliveFlag_KEL(void* pParam) {
+  return campar::GetKeepAliveFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::ChangeStatus_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "ChangeStatus_KEL");
-  return -1;
+int Http::ChangeStatus_KEL(const void* pParam) {
+  (void)pParam;  // the record is not read
+  return campar::ChangeStatusKel(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetInfoKelInfo(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetInfoKelInfo");
-  return -1;
+int Http::GetInfoKelInfo(void* pParam) {
+  return campar::GetKelInfo(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::GetInfoCamInfo(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetInfoCamInfo");
-  return -1;
+int Http::GetInfoCamInfo(void* pParam) {
+  return campar::GetCamInfo(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterIpAddress(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterIpAddress");
-  return -1;
+int Http::SetParameterIpAddress(const void* pParam) {
+  return campar::SetIpAddress(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterHttpPort(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterHttpPort");
-  return -1;
+int Http::SetParameterHttpPort(const void* pParam) {
+  return campar::SetHttpPort(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterCmdType(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterCmdType");
-  return -1;
+int Http::SetParameterCmdType(const void* pParam) {
+  return campar::SetCmdType(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterUid(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterUid");
-  return -1;
+int Http::SetParameterUid(const void* pParam) {
+  return campar::SetUid(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterCallback(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterCallback");
-  return -1;
+int Http::SetParameterCallback(const void* pParam) {
+  return campar::SetCallback(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterAuth(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterAuth");
-  return -1;
+int Http::SetParameterAuth(const void* pParam) {
+  return campar::SetAuth(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterProxy(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterProxy");
-  return -1;
+int Http::SetParameterProxy(const void* pParam) {
+  return campar::SetProxy(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterFrate(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterFrate");
-  return -1;
+int Http::SetParameterFrate(const void* pParam) {
+  return campar::SetFrate(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterResolution(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterResolution");
-  return -1;
+int Http::SetParameterResolution(const void* pParam) {
+  return campar::SetResolution(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterCamType(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterCamType");
-  return -1;
+int Http::SetParameterCamType(const void* pParam) {
+  return campar::SetCamType(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterPreset(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterPreset");
-  return -1;
+int Http::SetParameterPreset(const void* pParam) {
+  return campar::SetPreset(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterSelCh(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterSelCh");
-  return -1;
+int Http::SetParameterSelCh(const void* pParam) {
+  return campar::SetSelCh(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterScreenPos(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterScreenPos");
-  return -1;
+int Http::SetParameterScreenPos(const void* pParam) {
+  return campar::SetScreenPos(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterKelInfo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterKelInfo");
-  return -1;
+int Http::SetParameterKelInfo(const void* pParam) {
+  return campar::SetKelInfo(*this, *this, kHttpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterSameUIDGroup_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterSameUIDGroup_KEL");
-  return -1;
+int Http::SetParameterSameUIDGroup_KEL(const void* pParam) {
+  return campar::SetSameUidGroupKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterPlayMode(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterPlayMode");
-  return -1;
+int Http::SetParameterPlayMode(const void* pParam) {
+  return campar::SetPlayMode(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterStatusChange(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterStatusChange");
-  return -1;
+int Http::SetParameterStatusChange(const void* pParam) {
+  return campar::SetStatusChange(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterDebugInfo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterDebugInfo");
-  return -1;
+int Http::SetParameterDebugInfo(const void* pParam) {
+  return campar::SetDebugInfo(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterHttpError(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterHttpError");
-  return -1;
+int Http::SetParameterHttpError(const void* pParam) {
+  return campar::SetHttpError(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetParameterCamNo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetParameterCamNo");
-  return -1;
+int Http::SetParameterCamNo(const void* pParam) {
+  return campar::SetCamNo(*this, pParam);
 }

@@ -1,179 +1,174 @@
-// CCamRequester_Cgi_Kobu_Rtp: the parameters and information queries.
+// CCamRequester_Cgi_Kobu_Rtp: the parameters and information queries. The
+// behaviour is the one both requesters share; this file holds what is the
+// RTP requester's own: its kinds, its command types and their words, and
+// the words of its recorder query.
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
+#include "CamParameters.h"
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameter(long lKind, const void* pParam, int iSize) {
-  (void)lKind;
-  (void)pParam;
-  (void)iSize;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameter");
-  return -1;
+namespace {
+
+using Rtp = CCamRequester_Cgi_Kobu_Rtp;
+
+// Words of the command types 0..5, one 10-character cell each.
+constexpr char kTypeWords[][10] = {"h264", "audio", "mpeg4", "play", "h264play", "error"};
+
+constexpr campar::CamParamTraits kRtpTraits = {
+    "CCamRequester_Cgi_Kobu_Rtp",
+    false,  // the dispatcher alone refuses a null record
+    CAM_REQUESTER_CMD_H264_PLAY,
+    CAM_REQUESTER_CMD_RTP_INVALID,
+    kTypeWords[0],
+    sizeof(kTypeWords[0]),
+    "R:%s",
+    false,  // no frame rate or resolution for RTP streams
+    false,
+    {"GetKelInfo [ERROR] IP unmach [Param:%s]!=[Setup:%s]\n",
+     "GetKelInfo [ERROR] PORT# unmach [Param%d]!=[Setup:%d]\n",
+     "GetKelInfo [ERROR] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n",
+     "GetKelInfo [Error] pParam invalid\n"}};
+
+// The parameter kinds of the RTP requester; 8, 9 and 23 are not among them.
+constexpr campar::SetterEntry<Rtp> kSetters[] = {
+    {CAM_PARAM_IPADDRESS, &Rtp::SetParameterIpAddress},
+    {CAM_PARAM_HTTPPORT, &Rtp::SetParameterHttpPort},
+    {CAM_PARAM_RTPPORT, &Rtp::SetParameterRtpPort},
+    {CAM_PARAM_CMDTYPE, &Rtp::SetParameterCmdType},
+    {CAM_PARAM_UID, &Rtp::SetParameterUid},
+    {CAM_PARAM_CALLBACK, &Rtp::SetParameterCallback},
+    {CAM_PARAM_AUTH, &Rtp::SetParameterAuth},
+    {CAM_PARAM_PROXY, &Rtp::SetParameterProxy},
+    {CAM_PARAM_CAMTYPE, &Rtp::SetParameterCamType},
+    {CAM_PARAM_PRESET, &Rtp::SetParameterPreset},
+    {CAM_PARAM_SELCH, &Rtp::SetParameterSelCh},
+    {CAM_PARAM_SCREENPOS, &Rtp::SetParameterScreenPos},
+    {CAM_PARAM_KELINFO, &Rtp::SetParameterKelInfo},
+    {CAM_PARAM_SAMEUIDGROUP_KEL, &Rtp::SetParameterSameUIDGroup_KEL},
+    {CAM_PARAM_CTRLFLAG_KEL, &Rtp::SetCtrlFlag_KEL},
+    {CAM_PARAM_KEEPALIVEFLAG_KEL, &Rtp::SetKeepAliveFlag_KEL},
+    {CAM_PARAM_CHANGESTATUS_KEL, &Rtp::ChangeStatus_KEL},
+    {CAM_PARAM_PLAYMODE, &Rtp::SetParameterPlayMode},
+    {CAM_PARAM_STATUSCHANGE, &Rtp::SetParameterStatusChange},
+    {CAM_PARAM_STREAM, &Rtp::SetParameterStream},
+    {CAM_PARAM_CAMNO, &Rtp::SetParameterCamNo},
+    {CAM_PARAM_DEBUGINFO, &Rtp::SetParameterDebugInfo},
+};
+
+}  // namespace
+
+int Rtp::SetParameter(long lKind, const void* pParam, int iSize) {
+  (void)iSize;  // the record's size is not read
+  return campar::DispatchSetParameter(*this, kRtpTraits, kSetters, lKind, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetInfo(long lKind, void* pParam) {
-  (void)lKind;
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetInfo");
-  return -1;
+int Rtp::GetInfo(long lKind, void* pParam) {
+  return campar::DispatchGetInfo(*this, lKind, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetCtrlFlag_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetCtrlFlag_KEL");
-  return -1;
+int Rtp::SetCtrlFlag_KEL(const void* pParam) {
+  return campar::SetCtrlFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetCtrlFlag_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetCtrlFlag_KEL");
-  return -1;
+int Rtp::GetCtrlFlag_KEL(void* pParam) {
+  return campar::GetCtrlFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetParameterSameUIDGroup_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetParameterSameUIDGroup_KEL");
-  return -1;
+int Rtp::GetParameterSameUIDGroup_KEL(void* pParam) {
+  return campar::GetSameUidGroupKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetKeepAliveFlag_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetKeepAliveFlag_KEL");
-  return -1;
+int Rtp::SetKeepAliveFlag_KEL(const void* pParam) {
+  return campar::SetKeepAliveFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetKeepAliveFlag_KEL(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetKeepAliveFlag_KEL");
-  return -1;
+int Rtp::GetKeepAliveFlag_KEL(void* pParam) {
+  return campar::GetKeepAliveFlagKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::ChangeStatus_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "ChangeStatus_KEL");
-  return -1;
+int Rtp::ChangeStatus_KEL(const void* pParam) {
+  (void)pParam;  // the record is not read
+  return campar::ChangeStatusKel(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetInfoKelInfo(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetInfoKelInfo");
-  return -1;
+int Rtp::GetInfoKelInfo(void* pParam) {
+  return campar::GetKelInfo(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::GetInfoCamInfo(void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "GetInfoCamInfo");
-  return -1;
+int Rtp::GetInfoCamInfo(void* pParam) {
+  return campar::GetCamInfo(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterIpAddress(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterIpAddress");
-  return -1;
+int Rtp::SetParameterIpAddress(const void* pParam) {
+  return campar::SetIpAddress(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterHttpPort(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterHttpPort");
-  return -1;
+int Rtp::SetParameterHttpPort(const void* pParam) {
+  return campar::SetHttpPort(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterCmdType(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterCmdType");
-  return -1;
+int Rtp::SetParameterCmdType(const void* pParam) {
+  return campar::SetCmdType(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterUid(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterUid");
-  return -1;
+int Rtp::SetParameterUid(const void* pParam) {
+  return campar::SetUid(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterCallback(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterCallback");
-  return -1;
+int Rtp::SetParameterCallback(const void* pParam) {
+  return campar::SetCallback(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterAuth(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterAuth");
-  return -1;
+int Rtp::SetParameterAuth(const void* pParam) {
+  return campar::SetAuth(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterProxy(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterProxy");
-  return -1;
+int Rtp::SetParameterProxy(const void* pParam) {
+  return campar::SetProxy(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterCamType(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterCamType");
-  return -1;
+int Rtp::SetParameterCamType(const void* pParam) {
+  return campar::SetCamType(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterPreset(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterPreset");
-  return -1;
+int Rtp::SetParameterPreset(const void* pParam) {
+  return campar::SetPreset(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterSelCh(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterSelCh");
-  return -1;
+int Rtp::SetParameterSelCh(const void* pParam) {
+  return campar::SetSelCh(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterScreenPos(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterScreenPos");
-  return -1;
+int Rtp::SetParameterScreenPos(const void* pParam) {
+  return campar::SetScreenPos(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterKelInfo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterKelInfo");
-  return -1;
+int Rtp::SetParameterKelInfo(const void* pParam) {
+  return campar::SetKelInfo(*this, *this, kRtpTraits, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterSameUIDGroup_KEL(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterSameUIDGroup_KEL");
-  return -1;
+int Rtp::SetParameterSameUIDGroup_KEL(const void* pParam) {
+  return campar::SetSameUidGroupKel(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterPlayMode(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterPlayMode");
-  return -1;
+int Rtp::SetParameterPlayMode(const void* pParam) {
+  return campar::SetPlayMode(*this, *this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterStatusChange(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterStatusChange");
-  return -1;
+int Rtp::SetParameterStatusChange(const void* pParam) {
+  return campar::SetStatusChange(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterDebugInfo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterDebugInfo");
-  return -1;
+int Rtp::SetParameterDebugInfo(const void* pParam) {
+  return campar::SetDebugInfo(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterCamNo(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterCamNo");
-  return -1;
+int Rtp::SetParameterCamNo(const void* pParam) {
+  return campar::SetCamNo(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterRtpPort(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterRtpPort");
-  return -1;
+int Rtp::SetParameterRtpPort(const void* pParam) {
+  return campar::SetRtpPort(*this, pParam);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetParameterStream(const void* pParam) {
-  (void)pParam;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetParameterStream");
-  return -1;
+int Rtp::SetParameterStream(const void* pParam) {
+  return campar::SetStream(*this, *this, pParam);
 }
