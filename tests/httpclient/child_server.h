@@ -1,0 +1,48 @@
+// Real servers from the system (a proxy, a web server) started by a test on
+// loopback with a configuration in a temporary folder, stopped after.
+#ifndef CHILD_SERVER_H
+#define CHILD_SERVER_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace httptest {
+
+// A temporary folder, removed with everything in it.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::string& path() const { return path_; }
+  void write(const std::string& name, const std::string& text) const;
+  std::string read(const std::string& name) const;
+
+ private:
+  std::string path_;
+};
+
+// Full path of an installed program, or "" when it is not installed.
+std::string find_program(const std::string& name);
+
+class ChildServer {
+ public:
+  ChildServer() = default;
+  ~ChildServer() { stop(); }
+  ChildServer(const ChildServer&) = delete;
+  ChildServer& operator=(const ChildServer&) = delete;
+  // Starts argv[0] with its output in logPath and waits until it accepts
+  // connections on address:port. False (and stopped) when it does not.
+  bool start(const std::vector<std::string>& argv, const std::string& logPath, const char* address,
+             unsigned short port);
+  // Ends the child (by its id) and waits for it.
+  void stop();
+
+ private:
+  pid_t pid_ = -1;
+};
+
+}  // namespace httptest
+
+#endif  // CHILD_SERVER_H
