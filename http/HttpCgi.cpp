@@ -1,140 +1,99 @@
-// CCamRequester_Cgi_Kobu_Http: the CGI command builders and the reply scanners.
+// CCamRequester_Cgi_Kobu_Http: the CGI command builders and the reply
+// scanners. The lines and the scanning rules live in cgi/; this class adds
+// only what is its own: no preset bound, its refusal texts.
 #include "CCamRequester_Cgi_Kobu_Http.h"
+#include "CamCgiCommon.h"
+#include "CamHttpCommands.h"
+#include "CamReplyScan.h"
+
+namespace {
+
+// Camera type 13 takes any preset over this requester.
+constexpr cgi::PresetPolicy kHttpPresetPolicy = {
+    -1, "CmdSet_CamPreset [ERROR] Unknown Camera Type enum#[%d]\n"};
+
+constexpr const char* kLogOutWrongType = "CmdSet_KelLogOut [ERROR] usCameraType = %d\n";
+
+}  // namespace
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_QuillonUidUtilRelease(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_QuillonUidUtilRelease");
-  return -1;
+  return cgi::HttpQuillonUidRelease(*this, *this, pcDst);
 }
 
 int CCamRequester_Cgi_Kobu_Http::SearchNumber(char* pcText, char* pcKey, int* piValue) {
-  (void)pcText;
-  (void)pcKey;
-  (void)piValue;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SearchNumber");
-  return -1;
+  return cgi::ScanNumber(*this, *this, pcText, pcKey, piValue);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut, int iOutSize) {
-  (void)pcText;
-  (void)pcKey;
-  (void)pcStopChars;
-  (void)pcOut;
-  (void)iOutSize;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SerachString");
-  return -1;
+int CCamRequester_Cgi_Kobu_Http::SerachString(char* pcText, char* pcKey, char* pcStopChars,
+                                              char* pcOut, int iOutSize) {
+  return cgi::ScanString(*this, pcText, pcKey, pcStopChars, pcOut, iOutSize);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckCamInfo_RcvData(char* pcText) {
-  (void)pcText;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckCamInfo_RcvData");
-  return -1;
+  return cgi::CheckCamInfoReply(*this, *this, pcText);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckKeepAlive_RcvData(char* pcText) {
-  (void)pcText;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckKeepAlive_RcvData");
-  return -1;
+  return cgi::CheckKeepAliveReply(*this, *this, pcText);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckPlayMode_RcvData(char* pcText) {
-  (void)pcText;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckPlayMode_RcvData");
-  return -1;
+  return cgi::CheckPlayModeReply(*this, *this, pcText);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckAudioBitrate(char* pcText, char* pcKey, int* piValue) {
-  (void)pcText;
-  (void)pcKey;
-  (void)piValue;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckAudioBitrate");
-  return -1;
+  return cgi::CheckAudioBitrateValue(*this, pcText, pcKey, piValue);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckAudioEnable(char* pcText, char* pcKey, int* piValue) {
-  (void)pcText;
-  (void)pcKey;
-  (void)piValue;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckAudioEnable");
-  return -1;
+  return cgi::CheckAudioEnableValue(*this, *this, pcText, pcKey, piValue);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckKelStrKey(char* pcText, char* pcKey) {
-  (void)pcText;
-  (void)pcKey;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckKelStrKey");
-  return -1;
+  return cgi::CheckRecorderKey(*this, *this, pcText, pcKey);
 }
 
-int CCamRequester_Cgi_Kobu_Http::CheckDelivery(char* pcText, char* pcKey, char* pcOut, int iOutSize) {
-  (void)pcText;
-  (void)pcKey;
-  (void)pcOut;
-  (void)iOutSize;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckDelivery");
-  return -1;
+int CCamRequester_Cgi_Kobu_Http::CheckDelivery(char* pcText, char* pcKey, char* pcOut,
+                                               int iOutSize) {
+  return cgi::CheckDeliveryMode(*this, *this, pcText, pcKey, pcOut, iOutSize);
 }
 
 int CCamRequester_Cgi_Kobu_Http::GetMultiUniSetup(char* pcText) {
-  (void)pcText;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetMultiUniSetup");
-  return -1;
+  return cgi::SetupMultiUni(*this, *this, pcText);
 }
 
 int CCamRequester_Cgi_Kobu_Http::GetSelfAddress(sockaddr_storage* psAddr) {
-  (void)psAddr;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "GetSelfAddress");
-  return -1;
+  return cgi::StoreSelfAddress(*this, *this, psAddr);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_SessionCmmand(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_SessionCmmand");
-  return -1;
+  return cgi::HttpSessionCommand(*this, *this, pcDst);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_KeepAlive(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_KeepAlive");
-  return -1;
+  return cgi::HttpKeepAliveCommand(*this, *this, pcDst);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_JpegDistribute(char* pcDst, int iStartStop) {
-  (void)pcDst;
-  (void)iStartStop;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_JpegDistribute");
-  return -1;
+  return cgi::HttpJpegDistribute(*this, *this, pcDst, iStartStop);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_AudioDistribute(char* pcDst, int iStartStop) {
-  (void)pcDst;
-  (void)iStartStop;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_AudioDistribute");
-  return -1;
+  return cgi::HttpAudioDistribute(*this, *this, pcDst, iStartStop);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_CamPreset(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_CamPreset");
-  return -1;
+  return cgi::BuildCamPreset(*this, *this, pcDst, kHttpPresetPolicy);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_KelLogIn(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_KelLogIn");
-  return -1;
+  return cgi::BuildKelLogIn(*this, *this, pcDst);
 }
 
 int CCamRequester_Cgi_Kobu_Http::CmdSet_KelLogOut(char* pcDst) {
-  (void)pcDst;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CmdSet_KelLogOut");
-  return -1;
+  return cgi::BuildKelLogOut(*this, *this, pcDst, kLogOutWrongType);
 }
 
 char* CCamRequester_Cgi_Kobu_Http::ChangeData_KelEncrypt(char* pcKey, char* pcData, char* pcOut) {
-  (void)pcKey;
-  (void)pcData;
-  (void)pcOut;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "ChangeData_KelEncrypt");
-  return nullptr;
+  return cgi::KelEncrypt64(pcKey, pcData, pcOut);
 }
