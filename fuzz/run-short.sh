@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Builds every fuzz target with clang in build-fuzz and runs each for a short
+# while on a copy of its seed corpus. Targets follow one rule:
+# fuzz/<group>/fuzz_<name>.cpp is target fuzz_<name>, seeds in
+# fuzz/<group>/corpus_<name>/.
+#   fuzz/run-short.sh [seconds per target, default 30]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds="${1:-30}"
+build=build-fuzz
+cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+  -DCAMREQ_FUZZ=ON -DCAMREQ_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo > "$build.configure.log"
+targets=()
+for source in fuzz/*/fuzz_*.cpp; do
+  [ -e "$source" ] || continue
+  targets+=("$(basename "$source" .cpp)")
+done
+[ ${#targets[@]} -eq 0 ] && { echo "no fuzz targets"; exit 0; }
+cmake --build "$build" -j2 --target "${targets[@]}"
+for source in fuzz/*/fuzz_*.cpp; do
+  target="$(basename "$source" .cpp)"
+  seeds="$(dirname "$source")/corpus_${target#fuzz_}"
+  work="$build/corpus-work/$target"
+  mkdir -p "$work"
+  [ -d "$seeds" ] && cp -n "$seeds"/* "$work"/ 2>/dev/null || true
+  binary="$(find "$build/fuzz" -type f -name "$target" -perm -u+x | head -n 1)"
+  echo "== $target for ${seconds}s"
+  "$binary" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+    -artifact_prefix="$build/corpus-work/$target-" "$work" 2>&1 | tail -n 3
+  # A crash leaves an artifact and a non-zero status: the pipe's status tells it.
+  [ "${PIPESTATUS[0]}" -eq 0 ] || { echo "$target failed"; exit 1; }
+done
