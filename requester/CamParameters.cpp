@@ -14,46 +14,16 @@ namespace {
 // Highest preset number each camera type accepts; kPresetForcedZero marks the
 // types without presets, whose preset is stored as 0 without complaint.
 constexpr int32_t kPresetForcedZero = -1;
+constexpr int32_t kNo = kPresetForcedZero;
+// clang-format off
 constexpr int32_t kPresetHighest[kCamTypeCount] = {
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,  // 0..3
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,  // 4..7
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,
-    64,  // 8..11
-    64,
-    16,
-    256,
-    256,  // 12..15
-    256,
-    256,
-    256,
-    kPresetForcedZero,  // 16..19
-    kPresetForcedZero,
-    kPresetForcedZero,
-    256,
-    kPresetForcedZero,  // 20..23
-    kPresetForcedZero,
-    256,
-    kPresetForcedZero,
-    kPresetForcedZero,  // 24..27
-    256,
-    kPresetForcedZero,
-    256,
-    kPresetForcedZero,  // 28..31
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,
-    kPresetForcedZero,  // 32..35
-    kPresetForcedZero,
-    kPresetForcedZero  // 36, 37
+    kNo, kNo, kNo, kNo, kNo, kNo, kNo, kNo,  //  0..7
+    kNo, kNo, kNo, 64,  64,  16,  256, 256,  //  8..15
+    256, 256, 256, kNo, kNo, kNo, 256, kNo,  // 16..23
+    kNo, 256, kNo, kNo, 256, kNo, 256, kNo,  // 24..31
+    kNo, kNo, kNo, kNo, kNo, kNo             // 32..37
 };
+// clang-format on
 
 constexpr uint16_t kHighestCamType = CAM_REQUESTER_CAMTYPE_KEL36;
 constexpr uint16_t kHighestFrate = 11;
