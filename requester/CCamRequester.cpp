@@ -58,6 +58,11 @@ int CCamRequester::Initialize(long lIndex) {
     COM_printf("Initialize [Error]Thread has already run!\n");
     return 0;
   }
+  // Every thread gives its own ready signal: a thread started again after
+  // StopChildThread must not be taken as ready by the signal of the last one.
+  pthread_mutex_lock(&ThreadWaitmutex);
+  bThreadReady = 0;
+  pthread_mutex_unlock(&ThreadWaitmutex);
   if (pthread_create(&tChildThread, nullptr, RequestThreadMainEntry, this) == 0) {
     bThreadCreated = 1;
   } else {
