@@ -10,14 +10,19 @@ extern "C" {
 #endif
 
 /* Reports alarm iCode for camera iCamera at pcAddress, screen position
- * iPosition. Returns 0. */
+ * iPosition. Returns 0. Prints one line through COM_printf:
+ * "ALMSND_AsyErrReport code=%d camera=%d address=%s position=%d\n"
+ * (a null address prints as empty), then calls the observer, if any. */
 int ALMSND_AsyErrReport(int iCode, int iCamera, const char* pcAddress, int iPosition,
                         int iReserved);
 
 /* ---- Extension of this replacement ------------------------------------ */
 typedef void (*ALMSND_Observer)(int iCode, int iCamera, const char* pcAddress, int iPosition,
                                 void* pvContext);
-/* Installs the observer (null removes it). */
+/* Installs the observer (null removes it). The observer gets the
+ * reporter's arguments unchanged (pcAddress may be null), one report at a
+ * time; once this returns, the previous observer is called no more. It may
+ * itself report or change the observer. */
 void ALMSND_SetObserver(ALMSND_Observer pfnObserver, void* pvContext);
 
 #ifdef __cplusplus

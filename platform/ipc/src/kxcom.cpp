@@ -1,2 +1,0 @@
-// Placeholder, replaced by the IPC implementation.
-#include "kxcom.h"
