@@ -103,6 +103,9 @@ class Device {
   void SetRecordStatus(size_t index, int status);
   bool TakeFault(const std::string& path, Fault* fault);
   bool Authorized(const HttpRequest& request, std::string* challenge);
+  Credentials CurrentCredentials() const;
+  // A 401 challenge in the device's manner (Basic when it asks for none).
+  std::string Challenge();
   Reply Dispatch(const HttpRequest& request);
   bool SendText(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault,
                 const std::string& challenge);

@@ -121,12 +121,17 @@ bool Device::TakeFault(const std::string& path, Fault* fault) {
   return true;
 }
 
+Credentials Device::CurrentCredentials() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return {config_.auth, config_.user, config_.password, config_.realm};
+}
+
+std::string Device::Challenge() {
+  return authenticator_.Challenge(CurrentCredentials());
+}
+
 bool Device::Authorized(const HttpRequest& request, std::string* challenge) {
-  Credentials credentials;
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    credentials = {config_.auth, config_.user, config_.password, config_.realm};
-  }
+  Credentials credentials = CurrentCredentials();
   std::string origin = request.path + (request.query.empty() ? "" : "?" + request.query);
   std::string authorization;
   for (const auto& header : request.headers) {
@@ -185,7 +190,7 @@ void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& re
   if (fault.status != 0) {
     reply.status = fault.status;
     reply.body = "ERROR=" + std::to_string(fault.status) + "\r\n";
-    if (fault.status == 401) Authorized(request, &challenge);
+    if (fault.status == 401) challenge = Challenge();
   } else if (!Authorized(request, &challenge)) {
     reply.status = 401;
     reply.body = "ERROR=401\r\n";
