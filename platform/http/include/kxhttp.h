@@ -65,30 +65,71 @@ typedef struct _InetBuffer {
 
 /* Opens a session: resolves the address (IPv4, IPv6 literal or, for a
  * proxy, a host name) and connects within iTimeoutMs to the camera, or to
- * the proxy when pcProxyHost is not null. Null on failure. */
+ * the proxy when pcProxyHost is not null. Null on failure: no or bad host
+ * text (the camera must be an address literal, brackets allowed), a proxy
+ * name that does not resolve, connection refused, or no connection within
+ * iTimeoutMs; nothing is left open then. pcHost of the record is the
+ * library's own copy of the camera text, usPort the camera port. */
 HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort,
                                        const char* pcProxyHost, unsigned short usProxyPort,
                                        int iReserved5, int iTimeoutMs, int iReserved7);
 
-/* Method, URL (a path such as /cgi-bin/x?a=1) and version of the request. */
+/* Method, URL (a path such as /cgi-bin/x?a=1) and version of the request.
+ * HTTP_RESULT_OK, or HTTP_ERR_PARAM for a null session or text, a method
+ * that is not a token, or a URL or version with blanks or control bytes.
+ * Through a proxy the request line carries http://host:port/path, an IPv6
+ * host in brackets. */
 uint32_t http_set_url(HTTP_SESSION* psSession, const char* pcMethod, const char* pcUrl,
                       const char* pcVersion);
 
-/* Adds one header line to the request. */
+/* Adds one header line to the request, in the order of the calls. A Host
+ * header naming the camera is added only when the caller set none.
+ * HTTP_RESULT_OK, or HTTP_ERR_PARAM for a null session, a name that is not
+ * a token, or a value with CR or LF. */
 uint32_t http_add_header(HTTP_SESSION* psSession, const char* pcName, const char* pcValue);
 
-/* Credentials, used as the camera asks: Basic, or Digest after a 401. */
+/* Credentials, used as the camera asks. Nothing is sent before the camera
+ * asks: the first request goes without them, and a 401 answer is answered
+ * once on a new connection (through the proxy when there is one) with the
+ * strongest challenge offered: Digest SHA-256, Digest MD5 (also -sess;
+ * qop=auth or none, nc=00000001, a fresh cnonce, uri = the path), Basic.
+ * HTTP_RESULT_OK, or HTTP_ERR_PARAM for a null session or user, a user with
+ * ':' or either text with CR or LF. A null password is empty. */
 uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* pcPassword);
 
 /* Sends the request and reads the whole response into psBuf within
- * iTimeoutSec seconds. Returns the result code. */
+ * iTimeoutSec seconds, however slowly the bytes come. The body goes into
+ * pcBuffer, cut at ulSize-1 bytes and zero-terminated; Content-Length is
+ * honoured (further bytes are not read), without it the body ends at the
+ * close. ulLength and ulStatus are set. A second call on the session sends
+ * again on a new connection. Returns:
+ *   0x08000000 | status        a response came (0x08000200, 0x08000404...)
+ *   HTTP_ERR_PARAM             null session, buffer or pcBuffer, ulSize 0
+ *   HTTP_ERR_STATE             no URL set
+ *   HTTP_ERR_TIMEOUT           the whole response not within the time-out
+ *   HTTP_ERR_TIMEOUT_CONNECT   the new connection for an authentication
+ *                              answer was not made within the time-out
+ *   HTTP_ERR_CONNECT           that connection was refused, or a receive
+ *                              failed (connection reset)
+ *   HTTP_ERR_SEND              the request could not be sent
+ *   HTTP_ERR_PROTOCOL          the answer is not HTTP (status line, header
+ *                              line without colon, bad Content-Length, head
+ *                              over 64 KiB)
+ *   HTTP_ERR_CLOSED            closed before the head ended, or before the
+ *                              bytes that Content-Length announced
+ *   HTTP_ERR_AUTH              a 401 whose challenges cannot be answered
+ *                              while credentials are set
+ * Without credentials a 401 is the result 0x08000401; a 401 to the answer
+ * is the result too (no third try). */
 uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeoutSec);
 
-/* Sends the request and reads status and headers; leaves the body to the
- * readers below. Returns the result code. */
+/* Sends the request and reads status and headers within iTimeoutSec
+ * seconds; leaves the body to the readers below. Returns the result code
+ * as http_do_request, except that the body is not read. */
 uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec);
 
-/* Closes the connection and frees the session. 0, or -1 for null. */
+/* Closes the connection and frees the session and everything it holds,
+ * after any failure. 0, or -1 for null. */
 int http_close_session(HTTP_SESSION* psSession);
 
 /* ---- Extensions of this replacement ------------------------------------ */
@@ -104,17 +145,31 @@ typedef struct HTTP_PUSH_PART {
   size_t ulLength;         /* number of bytes in pucData                */
 } HTTP_PUSH_PART;
 
-/* Reads the next part of a server push; 0 and the part, or a result code
- * (HTTP_ERR_TIMEOUT, HTTP_ERR_CLOSED, HTTP_ERR_PROTOCOL...). The part's
- * data stay valid until the next call on the session. */
+/* Reads the next part of a server push within iTimeoutMs; 0 and the part,
+ * or a result code. The boundary comes from the push's Content-Type,
+ * quoted or not, with or without a leading "--"; a missing first boundary
+ * is tolerated; a part is sized by its Content-Length or ends at the next
+ * boundary. The part's data stay valid until the next call on the session.
+ *   HTTP_ERR_PARAM     null session or part
+ *   HTTP_ERR_STATE     no successful http_do_server_push before
+ *   HTTP_ERR_TIMEOUT   the part did not come whole within iTimeoutMs
+ *   HTTP_ERR_CLOSED    the stream ended (closed, or the closing boundary)
+ *   HTTP_ERR_PROTOCOL  no boundary in the Content-Type, bad part headers,
+ *                      a part over 16 MiB
+ *   HTTP_ERR_CONNECT   the receive failed */
 uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, int iTimeoutMs);
 
 /* Reads up to ulMax raw bytes of a pushed body (audio); the count read in
- * *pulRead. 0, or a result code (HTTP_ERR_TIMEOUT, HTTP_ERR_CLOSED...). */
+ * *pulRead (at least 1 on success). 0, or a result code: HTTP_ERR_PARAM,
+ * HTTP_ERR_STATE (no push before), HTTP_ERR_TIMEOUT (nothing within
+ * iTimeoutMs), HTTP_ERR_CLOSED (the camera closed), HTTP_ERR_CONNECT. */
 uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, size_t* pulRead,
                         int iTimeoutMs);
 
-/* Divides every time-out of this library by iDivisor (1 = real time). */
+/* Divides every time-out of this library by iDivisor (1 = real time;
+ * values below 1 count as 1). The only state shared by all sessions; every
+ * other call touches its own session alone and may run on any thread, one
+ * call at a time per session. */
 void http_set_timeout_divisor(int iDivisor);
 
 #ifdef __cplusplus

@@ -1,5 +1,6 @@
 // The session calls of the device's HTTP client: one request per
 // connection, answered authentication, and the server-push readers.
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -125,8 +126,14 @@ uint32_t exchange(SessionImpl& impl, Deadline deadline, ResponseHead& head) {
   return code;
 }
 
+// The requesters always pass 30000 ms and 5 s; a time-out of zero or less
+// falls back to those.
+constexpr long kDefaultConnectTimeoutMs = 30000;
+constexpr long kDefaultResponseTimeoutSec = 5;
+
 long response_timeout_ms(int timeoutSec) {
-  return scaled_timeout_ms(timeoutSec * 1000L);
+  long seconds = timeoutSec > 0 ? timeoutSec : kDefaultResponseTimeoutSec;
+  return scaled_timeout_ms(seconds * 1000L);
 }
 
 std::string strip_brackets(const char* host) {
@@ -157,10 +164,10 @@ HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort
   if (pcProxyHost != nullptr && *pcProxyHost != '\0') {
     impl->proxy = kxhttp::Endpoint{kxhttp::strip_brackets(pcProxyHost), usProxyPort, false};
   }
-  impl->connectTimeoutMs = iTimeoutMs;
+  impl->connectTimeoutMs = iTimeoutMs > 0 ? iTimeoutMs : kxhttp::kDefaultConnectTimeoutMs;
   uint32_t code = 0;
   int fd = kxhttp::connect_endpoint(kxhttp::connect_target(*impl),
-                                    kxhttp::scaled_timeout_ms(iTimeoutMs), code);
+                                    kxhttp::scaled_timeout_ms(impl->connectTimeoutMs), code);
   if (fd < 0) return nullptr;
   impl->fd.store(fd);
   record->head.pcHost = &impl->host[0];
@@ -249,6 +256,10 @@ uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec) {
 int http_close_session(HTTP_SESSION* psSession) {
   if (psSession == nullptr) return -1;
   SessionRecord* record = kxhttp::record_of(psSession);
+  // Wakes a reader of the push that still waits for bytes, so that the
+  // close does not wait for the reader's time-out.
+  int fd = record->impl->fd.load();
+  if (fd >= 0) shutdown(fd, SHUT_RDWR);
   {
     std::lock_guard<std::mutex> guard(record->impl->lock);
     kxhttp::close_connection(*record->impl);
