@@ -3,6 +3,7 @@
 // vectors computed by hand from the transform's rule.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -44,9 +45,9 @@ class KelLogin : public ::testing::Test {
     memset(r_.cUserName, 0, sizeof(r_.cUserName));
     memset(r_.cPassword, 0, sizeof(r_.cPassword));
     memset(r_.strKey, 0, sizeof(r_.strKey));
-    strncpy(r_.cUserName, user, sizeof(r_.cUserName) - 1);
-    strncpy(r_.cPassword, password, sizeof(r_.cPassword) - 1);
-    strncpy(r_.strKey, key, sizeof(r_.strKey) - 1);
+    snprintf(r_.cUserName, sizeof(r_.cUserName), "%s", user);
+    snprintf(r_.cPassword, sizeof(r_.cPassword), "%s", password);
+    snprintf(r_.strKey, sizeof(r_.strKey), "%s", key);
   }
 
   std::string Transform(const char* key, const char* data) {
@@ -54,8 +55,8 @@ class KelLogin : public ::testing::Test {
     char acData[256] = {};
     char acOut[80];
     memset(acOut, 'x', sizeof(acOut));
-    strncpy(acKey, key, sizeof(acKey) - 1);
-    strncpy(acData, data, sizeof(acData) - 1);
+    snprintf(acKey, sizeof(acKey), "%s", key);
+    snprintf(acData, sizeof(acData), "%s", data);
     char* pcRet = r_.ChangeData_KelEncrypt(acKey, acData, acOut);
     EXPECT_EQ(pcRet, acOut);
     return std::string(acOut);
