@@ -25,8 +25,14 @@ for source in fuzz/*/fuzz_*.cpp; do
   [ -d "$seeds" ] && cp -n "$seeds"/* "$work"/ 2>/dev/null || true
   binary="$(find "$build/fuzz" -type f -name "$target" -perm -u+x | head -n 1)"
   echo "== $target for ${seconds}s"
+  log="$build/corpus-work/$target.log"
+  status=0
   "$binary" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-    -artifact_prefix="$build/corpus-work/$target-" "$work" 2>&1 | tail -n 3
-  # A crash leaves an artifact and a non-zero status: the pipe's status tells it.
-  [ "${PIPESTATUS[0]}" -eq 0 ] || { echo "$target failed"; exit 1; }
+    -artifact_prefix="$build/corpus-work/$target-" "$work" > "$log" 2>&1 || status=$?
+  grep -E "DONE|ERROR|SUMMARY|Test unit written" "$log" || true
+  if [ "$status" -ne 0 ]; then
+    tail -n 40 "$log"
+    echo "$target failed (status $status), log in $log"
+    exit 1
+  fi
 done
