@@ -326,3 +326,64 @@ TEST_F(HttpClientTest, SessionsOnManyThreadsAtOnce) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(40, good.load());
 }
+
+TEST_F(HttpClientTest, SecondRequestOnASessionGoesOnANewConnection) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, response("HTTP/1.0 200 OK", "again"));
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer first, second;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/one", first));
+  EXPECT_EQ(HTTP_RESULT_STATUS200, http_do_request(session, &second.record, 5));
+  EXPECT_EQ("again", second.text());
+  EXPECT_EQ(0, http_close_session(session));
+  ASSERT_TRUE(server.wait_idle());
+  EXPECT_EQ(2, server.accepted());
+}
+
+TEST_F(HttpClientTest, InterimAnswerIsPassedOver) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, "HTTP/1.1 100 Continue\r\n\r\n" + response("HTTP/1.1 404 Not Found", "none"));
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(0x08000404u, get(session, "/x", buffer));
+  EXPECT_EQ("none", buffer.text());
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, MalformedContentLengthIsAProtocolError) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, "HTTP/1.0 200 OK\r\nContent-Length: 12abc\r\n\r\nbody");
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_ERR_PROTOCOL, get(session, "/x", buffer));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, BareLineFeedsAreAccepted) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, "HTTP/1.0 200 OK\nContent-Length: 3\n\nabc");
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/x", buffer));
+  EXPECT_EQ("abc", buffer.text());
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, ServerThatClosesWithoutAnswerIsReported) {
+  ScriptedServer server("127.0.0.1");
+  server.add([](Connection& c) { c.read_head(); });
+  int before = open_fd_count();
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  uint32_t code = get(session, "/x", buffer);
+  EXPECT_NE(0u, code & 0xF000) << std::hex << code;
+  EXPECT_FALSE(is_timeout(code));
+  EXPECT_EQ(0, http_close_session(session));
+  ASSERT_TRUE(server.wait_idle());
+  EXPECT_EQ(before, open_fd_count());
+}

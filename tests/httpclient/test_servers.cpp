@@ -273,3 +273,25 @@ INSTANTIATE_TEST_SUITE_P(Loopback, RealWebServerTest, ::testing::Values("127.0.0
                          [](const auto& info) {
                            return std::string(info.index == 0 ? "Ipv4" : "Ipv6");
                          });
+
+TEST_F(HttpClientTest, ThroughAProxyTheAuthenticationAnswerGoesThroughTheProxyToo) {
+  ScriptedServer proxy("127.0.0.1");
+  proxy.add([&proxy](Connection& c) {
+    proxy.record(c.read_head());
+    c.send(response("HTTP/1.0 401 Unauthorized", "", {"WWW-Authenticate: Basic realm=\"cam\""}));
+  });
+  proxy.add([&proxy](Connection& c) {
+    proxy.record(c.read_head());
+    c.send(response("HTTP/1.0 200 OK", "in"));
+  });
+  HTTP_SESSION* session = open_via_proxy("127.0.0.1", 8080, "127.0.0.1", proxy.port());
+  ASSERT_NE(nullptr, session);
+  http_set_auth(session, kUser, kPassword);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/cgi-bin/x", buffer));
+  EXPECT_EQ(0, http_close_session(session));
+  ASSERT_TRUE(proxy.wait_idle());
+  ASSERT_EQ(2u, proxy.requests().size());
+  EXPECT_EQ(0u, proxy.requests()[1].find("GET http://127.0.0.1:8080/cgi-bin/x HTTP/1.0\r\n"));
+  EXPECT_NE("", header_value(proxy.requests()[1], "Authorization"));
+}
