@@ -149,6 +149,30 @@ TEST_F(FaultTest, PushStallStopsSendingPictures) {
   EXPECT_EQ(device_->OpenConnections(), 1u) << "the connection stays open";
 }
 
+TEST_F(FaultTest, AudioStreamStallsAndClosesMidway) {
+  std::string uid = std::to_string(CameraUid());
+  const std::string line =
+      "GET /cgi-bin/audio?connect=start&protocol=http&UID=" + uid + "&page=1 HTTP/1.0\r\n\r\n";
+  SetFault("/cgi-bin/audio", "push-stall=2");
+  int fd = Connect(address_, device_->Port());
+  SendText(fd, line);
+  bool closed = true;
+  std::string stalled = ReadUntilClose(fd, milliseconds(600), &closed);
+  EXPECT_FALSE(closed);
+  Response head = ParseResponse(stalled);
+  EXPECT_EQ(head.status, 200);
+  EXPECT_EQ(head.body.size(), 800u) << "two tenths of a second of audio, then nothing";
+  close(fd);
+  SetFault("/cgi-bin/audio", "close-body");
+  fd = Connect(address_, device_->Port());
+  SendText(fd, line);
+  Response cut = ParseResponse(ReadUntilClose(fd, kDeadline, &closed));
+  EXPECT_TRUE(closed);
+  EXPECT_EQ(cut.status, 200);
+  EXPECT_EQ(cut.body.size(), 200u) << "half of the first tenth";
+  close(fd);
+}
+
 TEST_F(FaultTest, RefusingConnectionsClosesTheListener) {
   uint16_t port = device_->Port();
   EXPECT_TRUE(device_->RefuseConnections());

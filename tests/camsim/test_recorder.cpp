@@ -94,6 +94,26 @@ TEST_F(RecorderTest, PushCgiStartsAJpegPush) {
   EXPECT_EQ(Fetch("/cgi-bin/push.cgi?CMD=STOP&CAM=2&UID=" + uid + "&COMP=JPEG").status, 200);
 }
 
+TEST_F(RecorderTest, PushCgiStreamsAudioOverHttp) {
+  std::string uid = LoggedInUid();
+  int fd = Connect(address_, device_->Port());
+  ASSERT_GE(fd, 0);
+  SendText(fd, "GET /cgi-bin/push.cgi?CMD=START&CAM=1&UID=" + uid + "&COMP=AUDIO HTTP/1.0\r\n\r\n");
+  std::string data;
+  ASSERT_TRUE(ReadUntil(fd, &data, "\r\n\r\n", kDeadline));
+  size_t body = data.find("\r\n\r\n") + 4;
+  Response head = ParseResponse(data.substr(0, body));
+  EXPECT_EQ(head.status, 200);
+  EXPECT_EQ(head.Header("Content-Type").rfind("audio/", 0), 0u);
+  const std::string never = "\x7fnever";
+  while (data.size() < body + 800) {
+    size_t before = data.size();
+    ReadUntil(fd, &data, never, milliseconds(300));
+    ASSERT_GT(data.size(), before) << "the stream keeps coming";
+  }
+  close(fd);
+}
+
 TEST_F(RecorderTest, PushCgiForRtpAnswersAtOnce) {
   std::string uid = LoggedInUid();
   for (std::string comp : {"MPEG4", "H264&RES=1", "AUDIO"}) {
