@@ -3,7 +3,7 @@
 # build and the tests need. Safe to run again.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nettle-dev)
+packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nettle-dev libjpeg-dev)
 # Packages that the test groups add (a proxy server, a web server...).
 if [ -f scripts/test-packages.txt ]; then
   while read -r p; do
