@@ -1,5 +1,7 @@
 #include "scripted_server.h"
 
+#include "CamChildServer.h"
+
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <netinet/in.h>
@@ -189,12 +191,7 @@ std::string response(const std::string& statusLine, const std::string& body,
   return text + "\r\n" + body;
 }
 
-unsigned short unused_port(const char* address) {
-  int fd = bind_loopback(address, 0);
-  unsigned short port = bound_port(fd);
-  close(fd);
-  return port;
-}
+unsigned short unused_port(const char* address) { return camtest::UnusedPort(address); }
 
 int open_fd_count() {
   int count = 0;

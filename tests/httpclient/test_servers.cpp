@@ -6,11 +6,12 @@
 #include <cstring>
 #include <string>
 
-#include "child_server.h"
+#include "CamChildServer.h"
 #include "digest_check.h"
 #include "http_fixture.h"
 
 using namespace httptest;
+using namespace camtest;
 
 namespace {
 
@@ -81,10 +82,7 @@ class RealProxyTest : public HttpClientTest {
  protected:
   void SetUp() override {
     HttpClientTest::SetUp();
-    std::string program = find_program("tinyproxy");
-    if (program.empty()) {
-      GTEST_SKIP() << "tinyproxy is not installed (scripts/install-test-deps.sh installs it)";
-    }
+    CAMTEST_REQUIRE_PROGRAM(program, "tinyproxy");
     proxyPort_ = unused_port("127.0.0.1");
     dir_.write("tinyproxy.conf", "Port " + std::to_string(proxyPort_) +
                                      "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
@@ -171,10 +169,7 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
  protected:
   void SetUp() override {
     HttpClientTest::SetUp();
-    std::string program = find_program("lighttpd");
-    if (program.empty()) {
-      GTEST_SKIP() << "lighttpd is not installed (scripts/install-test-deps.sh installs it)";
-    }
+    CAMTEST_REQUIRE_PROGRAM(program, "lighttpd");
     address_ = GetParam();
     port_ = unused_port(address_);
     const std::string root = dir_.path();

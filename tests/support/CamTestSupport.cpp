@@ -8,9 +8,13 @@
 
 namespace camtest {
 
-PrintCapture::PrintCapture() { COM_SetPrintSink(&PrintCapture::Sink, this); }
+PrintCapture::PrintCapture() {
+  COM_SetPrintSink(&PrintCapture::Sink, this);
+}
 
-PrintCapture::~PrintCapture() { COM_SetPrintSink(nullptr, nullptr); }
+PrintCapture::~PrintCapture() {
+  COM_SetPrintSink(nullptr, nullptr);
+}
 
 void PrintCapture::Sink(const char* pcText, void* pvContext) {
   auto* self = static_cast<PrintCapture*>(pvContext);

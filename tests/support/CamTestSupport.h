@@ -22,8 +22,8 @@ class PrintCapture {
   PrintCapture(const PrintCapture&) = delete;
   PrintCapture& operator=(const PrintCapture&) = delete;
 
-  std::vector<std::string> Lines() const;   // every text, in order
-  std::string All() const;                  // all texts joined
+  std::vector<std::string> Lines() const;  // every text, in order
+  std::string All() const;                 // all texts joined
   void Clear();
   // Number of texts equal to sText.
   int Count(const std::string& sText) const;

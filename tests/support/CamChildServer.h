@@ -1,14 +1,15 @@
 // Real servers from the system (a proxy, a web server) started by a test on
 // loopback with a configuration in a temporary folder, stopped after.
-#ifndef CHILD_SERVER_H
-#define CHILD_SERVER_H
+#ifndef CAM_CHILD_SERVER_H
+#define CAM_CHILD_SERVER_H
 
 #include <sys/types.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
-namespace httptest {
+namespace camtest {
 
 // A temporary folder, removed with everything in it.
 class TempDir {
@@ -22,6 +23,9 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// A loopback port that was free a moment ago (bound to port 0 and closed).
+unsigned short UnusedPort(const char* pcAddress);
 
 // Full path of an installed program, or "" when it is not installed.
 std::string find_program(const std::string& name);
@@ -43,6 +47,17 @@ class ChildServer {
   pid_t pid_ = -1;
 };
 
-}  // namespace httptest
+}  // namespace camtest
 
-#endif  // CHILD_SERVER_H
+// A test that needs an installed server program: skipped where it is
+// missing, but failed under CI, where scripts/install-deps.sh installs it.
+#define CAMTEST_REQUIRE_PROGRAM(pathVar, name)                                         \
+  const std::string pathVar = camtest::find_program(name);                             \
+  if (pathVar.empty()) {                                                               \
+    if (std::getenv("CI") != nullptr) {                                                \
+      FAIL() << name << " is not installed (scripts/install-deps.sh installs it)";     \
+    }                                                                                  \
+    GTEST_SKIP() << name << " is not installed (scripts/install-deps.sh installs it)"; \
+  }
+
+#endif  // CAM_CHILD_SERVER_H

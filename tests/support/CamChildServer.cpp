@@ -1,4 +1,4 @@
-#include "child_server.h"
+#include "CamChildServer.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -20,7 +20,34 @@
 
 extern char** environ;
 
-namespace httptest {
+namespace camtest {
+
+unsigned short UnusedPort(const char* pcAddress) {
+  sockaddr_storage sAddr = {};
+  socklen_t ulLength = 0;
+  if (std::strchr(pcAddress, ':') != nullptr) {
+    auto* psIn6 = reinterpret_cast<sockaddr_in6*>(&sAddr);
+    psIn6->sin6_family = AF_INET6;
+    inet_pton(AF_INET6, pcAddress, &psIn6->sin6_addr);
+    ulLength = sizeof(*psIn6);
+  } else {
+    auto* psIn = reinterpret_cast<sockaddr_in*>(&sAddr);
+    psIn->sin_family = AF_INET;
+    inet_pton(AF_INET, pcAddress, &psIn->sin_addr);
+    ulLength = sizeof(*psIn);
+  }
+  const int iFd = socket(sAddr.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (iFd < 0) return 0;
+  unsigned short usPort = 0;
+  if (bind(iFd, reinterpret_cast<sockaddr*>(&sAddr), ulLength) == 0 &&
+      getsockname(iFd, reinterpret_cast<sockaddr*>(&sAddr), &ulLength) == 0) {
+    usPort = ntohs(sAddr.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6*>(&sAddr)->sin6_port
+                                               : reinterpret_cast<sockaddr_in*>(&sAddr)->sin_port);
+  }
+  close(iFd);
+  return usPort;
+}
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -137,4 +164,4 @@ void ChildServer::stop() {
   pid_ = -1;
 }
 
-}  // namespace httptest
+}  // namespace camtest
