@@ -146,4 +146,37 @@ int BuildKelLogOut(CCamRequester& rRequester, const CamRequesterFields& sFields,
   return 0;
 }
 
+const char* ConnectWord(int iStartStop) {
+  return iStartStop == 1 ? "connect=start" : "connect=stop";
+}
+
+const char* RecorderCommandWord(int iStartStop) {
+  return iStartStop == 1 ? "CMD=START" : "CMD=STOP";
+}
+
+int AudioDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
+                    int iStartStop, AudioForm eForm, AudioLineFn pfnCamera,
+                    AudioLineFn pfnRecorder) {
+  pcDst[0] = '\0';
+  if (iStartStop > 1) {
+    rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Param Error iStartStop [%d]\n",
+                                iStartStop);
+    return -1;
+  }
+  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [DEBUG] Camera Type = %d \n",
+                              sFields.usCameraType);
+  const long lPage = PageValue();
+  switch (eForm) {
+    case AudioForm::kCamera:
+      return pfnCamera(sFields, pcDst, iStartStop, lPage);
+    case AudioForm::kRecorder:
+      return pfnRecorder(sFields, pcDst, iStartStop, lPage);
+    case AudioForm::kNone:
+      break;
+  }
+  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Unknown Camera Type enum#[%d]\n",
+                              sFields.usCameraType);
+  return -1;
+}
+
 }  // namespace cgi

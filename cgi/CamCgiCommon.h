@@ -7,6 +7,7 @@
 #define CAM_CGI_COMMON_H
 
 #include "CamCgiLine.h"
+#include "CamCgiTables.h"
 
 class CCamRequester;
 struct CamRequesterFields;
@@ -20,6 +21,21 @@ void StreamPart(Slot& sSlot, const CamRequesterFields& sFields);
 
 // "/cgi-bin/start.cgi?UID=-1": a recorder hands out its key and UID.
 int BuildRecorderSession(char* pcDst);
+
+// "connect=start" or "connect=stop" of the camera dialect.
+const char* ConnectWord(int iStartStop);
+// "CMD=START" or "CMD=STOP" of the recorder dialect.
+const char* RecorderCommandWord(int iStartStop);
+
+// One line form of CmdSet_AudioDistribute.
+using AudioLineFn = int (*)(const CamRequesterFields& sFields, char* pcDst, int iStartStop,
+                            long lPage);
+// CmdSet_AudioDistribute of both requesters: the iStartStop check, the log
+// line, the page value, and the line form of the camera type (each
+// requester gives its own camera and recorder lines) or the refusal.
+int AudioDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
+                    int iStartStop, AudioForm eForm, AudioLineFn pfnCamera,
+                    AudioLineFn pfnRecorder);
 // "/cgi-bin/status.cgi?UID=<uid>&HTML=as_status.html".
 int BuildRecorderKeepAlive(const CamRequesterFields& sFields, char* pcDst);
 // The refusal of an audio keep-alive to camera type 21.

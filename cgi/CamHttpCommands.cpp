@@ -18,14 +18,6 @@ void MediaPath(Slot& sSlot, const CamRequesterFields& sFields) {
   FormatSlot(sSlot, "%s%s", "/cgi-bin/", Cell(sFields));
 }
 
-const char* ConnectWord(int iStartStop) {
-  return iStartStop == 1 ? "connect=start" : "connect=stop";
-}
-
-const char* RecorderCommandWord(int iStartStop) {
-  return iStartStop == 1 ? "CMD=START" : "CMD=STOP";
-}
-
 int CameraSession(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst) {
   Slot sPath, sCodec, sChannel;
   FormatSlot(sPath, "%s", "/cgi-bin/getuid");
@@ -198,26 +190,11 @@ int HttpJpegDistribute(CCamRequester& rRequester, const CamRequesterFields& sFie
 
 int HttpAudioDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
                         int iStartStop) {
-  pcDst[0] = '\0';
-  if (iStartStop > 1) {
-    rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Param Error iStartStop [%d]\n",
-                                iStartStop);
-    return -1;
-  }
-  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [DEBUG] Camera Type = %d \n",
-                              sFields.usCameraType);
-  const long lPage = PageValue();
-  switch (HttpRow(sFields.usCameraType).audio) {
-    case AudioForm::kCamera:
-      return CameraAudio(sFields, pcDst, iStartStop, lPage);
-    case AudioForm::kRecorder:
-      return RecorderHttpLine(sFields, pcDst, iStartStop, "COMP=AUDIO");
-    case AudioForm::kNone:
-      break;
-  }
-  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Unknown Camera Type enum#[%d]\n",
-                              sFields.usCameraType);
-  return -1;
+  return AudioDistribute(rRequester, sFields, pcDst, iStartStop,
+                         HttpRow(sFields.usCameraType).audio, CameraAudio,
+                         [](const CamRequesterFields& sF, char* pcD, int iSS, long) {
+                           return RecorderHttpLine(sF, pcD, iSS, "COMP=AUDIO");
+                         });
 }
 
 int HttpQuillonUidRelease(CCamRequester& rRequester, const CamRequesterFields& sFields,

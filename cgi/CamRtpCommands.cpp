@@ -28,14 +28,6 @@ constexpr VideoBuilder kH264Builder = {
     "CmdSet_H264Distribute [ERROR] Unknown Camera Type enum#[%d]\n", "COMP=H264",
     "COMP=H264&RES=1"};
 
-const char* ConnectWord(int iStartStop) {
-  return iStartStop == 1 ? "connect=start" : "connect=stop";
-}
-
-const char* RecorderCommandWord(int iStartStop) {
-  return iStartStop == 1 ? "CMD=START" : "CMD=STOP";
-}
-
 void MediaPath(Slot& sSlot, const CamRequesterFields& sFields) {
   FormatSlot(sSlot, "%s%s", "/cgi-bin/", MediaCell(sFields.usCameraType, sFields.iCmdType));
 }
@@ -232,26 +224,10 @@ int RtpH264Distribute(CCamRequester& rRequester, const CamRequesterFields& sFiel
 
 int RtpAudioDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
                        int iStartStop) {
-  pcDst[0] = '\0';
-  if (iStartStop > 1) {
-    rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Param Error iStartStop [%d]\n",
-                                iStartStop);
-    return -1;
-  }
-  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [DEBUG] Camera Type = %d \n",
-                              sFields.usCameraType);
-  const long lPage = PageValue();
-  switch (RtpRow(sFields.usCameraType).audio) {
-    case AudioForm::kCamera:
-      return CameraAudio(sFields, pcDst, iStartStop, lPage);
-    case AudioForm::kRecorder:
-      return RecorderRtpLine(sFields, pcDst, iStartStop, "COMP=AUDIO");
-    case AudioForm::kNone:
-      break;
-  }
-  rRequester.CamReqCOM_printf("CmdSet_AudioDistribute [ERROR] Unknown Camera Type enum#[%d]\n",
-                              sFields.usCameraType);
-  return -1;
+  return AudioDistribute(rRequester, sFields, pcDst, iStartStop, RtpRow(sFields.usCameraType).audio,
+                         CameraAudio, [](const CamRequesterFields& sF, char* pcD, int iSS, long) {
+                           return RecorderRtpLine(sF, pcD, iSS, "COMP=AUDIO");
+                         });
 }
 
 }  // namespace cgi

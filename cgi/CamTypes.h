@@ -49,14 +49,12 @@ constexpr int kCamTypeCount = CAM_REQUESTER_CAMTYPE_MAX + 1;  // 38 rows of ever
 
 // The one test for a KEL recorder, used everywhere.
 constexpr bool IsKelRecorder(unsigned usCameraType) {
-  return usCameraType >= CAM_REQUESTER_CAMTYPE_KEL31 &&
-         usCameraType <= CAM_REQUESTER_CAMTYPE_KEL36;
+  return usCameraType >= CAM_REQUESTER_CAMTYPE_KEL31 && usCameraType <= CAM_REQUESTER_CAMTYPE_KEL36;
 }
 
 constexpr bool IsQuillonCamera(unsigned usCameraType) {
   return usCameraType == CAM_REQUESTER_CAMTYPE_CAM06 ||
-         usCameraType == CAM_REQUESTER_CAMTYPE_CAM13 ||
-         usCameraType == CAM_REQUESTER_CAMTYPE_CAM20;
+         usCameraType == CAM_REQUESTER_CAMTYPE_CAM13 || usCameraType == CAM_REQUESTER_CAMTYPE_CAM20;
 }
 
 #endif
