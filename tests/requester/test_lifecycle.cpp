@@ -148,6 +148,29 @@ TEST_F(LifecycleTest, ThreadCanBeStartedAgainAfterAStop) {
   EXPECT_EQ(requester.Calls(), Concat({"SendCamPresetCommand"}, kThreadEnd));
 }
 
+TEST_F(LifecycleTest, QueueBindingFailureEndsTheThreadAtOnceAndStillReleasesInitialize) {
+  // Someone else already holds the thread's address.
+  const int iForeignQueue = KXCOM_InitMsg_Asy(kRequestModule, 57 + kIndexOffset);
+  ASSERT_GE(iForeignQueue, 0);
+  PrintCapture capture;
+  {
+    RecordingRequester requester;
+    EXPECT_EQ(requester.Initialize(57), 0);
+    EXPECT_EQ(requester.iMsgQueId, KXCOM_ERR_BOUND);
+    ASSERT_TRUE(WaitUntil([&] { return ThreadCount() == m_iThreadsBefore; }));
+    EXPECT_EQ(ThreadLines(capture),
+              Calls({"RequestThreadMain[DEBUG]ChildThread START!! TINDEX=49\n",
+                     "RequestThreadMain[Error]COM_MsgInit fail=" + std::to_string(KXCOM_ERR_BOUND) +
+                         "!!\n"}));
+    EXPECT_TRUE(requester.Calls().empty());
+  }
+  // The thread ended without its exit step.
+  EXPECT_EQ(capture.CountContaining("Msg Free & Thread Delete"), 0);
+  // The wake-up of the stop reached the foreign queue; it is the owner's to free.
+  COM_FreeBufEntry(kRequestModule, 57 + kIndexOffset);
+  EXPECT_EQ(KXCOM_DeleteMsgQue_Asy(iForeignQueue, kRequestModule, 57 + kIndexOffset), KXCOM_LIB_OK);
+}
+
 // ---- destruction in every phase ---------------------------------------------
 
 TEST_F(LifecycleTest, DestroyingANeverInitialisedRequesterSendsNothing) {
