@@ -199,6 +199,39 @@ TEST_F(IdleRoundTest, StopOfTheThreadCutsTheRebuildShort) {
   }
 }
 
+TEST_F(IdleRoundTest, StopOfTheThreadInsideAnIdleRound) {
+  // Dropped during the keep-alive: the stream check is not made.
+  {
+    RecordingRequester requester;
+    requester.EnableKeepAlive();
+    requester.bStartReq = 1;
+    requester.iConnectStatus = CAM_HTTP_STS_ERROR;
+    requester.SetHook([](RecordingRequester& rSelf, const std::string& sCall, int) {
+      if (sCall == "SendKeepAliveCommand") rSelf.bThreadLoop = 0;
+    });
+    requester.Initialize(41);
+    ASSERT_TRUE(requester.WaitForCount("CloseSessionPush", 1));
+    EXPECT_EQ(requester.Calls(), Concat({"SendKeepAliveCommand"}, kThreadEnd));
+  }
+  // Dropped during the stream check: the restart count is still kept, with
+  // its recorder check; a rebuild that it asks for stops at its first check.
+  for (int iKelCheck : {1, 0}) {
+    SCOPED_TRACE(iKelCheck);
+    PrintCapture capture;
+    RecordingRequester requester;
+    requester.bStartReq = 1;
+    requester.iConnectStatus = CAM_HTTP_STS_ERROR;
+    requester.iKelCheckResult = iKelCheck;
+    requester.SetHook([](RecordingRequester& rSelf, const std::string& sCall, int) {
+      if (sCall == "KeepStreamStartCmd") rSelf.bThreadLoop = 0;
+    });
+    requester.Initialize(42);
+    ASSERT_TRUE(requester.WaitForCount("CloseSessionPush", 1));
+    EXPECT_EQ(requester.Calls(), Concat({"KeepStreamStartCmd", "SetKelInfoFlagCheck"}, kThreadEnd));
+    EXPECT_EQ(capture.CountContaining("RESTART"), iKelCheck == 0 ? 1 : 0);
+  }
+}
+
 // ---- start retry under Retrymutex --------------------------------------------
 
 TEST_F(IdleRoundTest, RetryRunsUnderRetrymutexAndSendsAKeepAliveAtOnce) {
