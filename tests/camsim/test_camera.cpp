@@ -190,6 +190,10 @@ TEST_F(CameraTest, AnswersHttp11AndRefusesOtherMethods) {
   SendText(fd, "HELLO\r\n\r\n");
   EXPECT_EQ(ParseResponse(ReadUntilClose(fd, kDeadline, &closed)).status, 400);
   close(fd);
+  fd = Connect(address_, device_->Port());
+  SendText(fd, "GET /cgi-bin/getuid HTTP/1.0\r\nX-Long: " + std::string(20000, 'a'));
+  EXPECT_EQ(ParseResponse(ReadUntilClose(fd, kDeadline, &closed)).status, 431);
+  close(fd);
 }
 
 TEST(CameraIpv6, ServesOnTheIpv6Loopback) {

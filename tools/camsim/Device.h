@@ -98,7 +98,8 @@ class Device {
 
   // Serving one connection (Serve.cpp).
   void Serve(Slot* slot);
-  void ServeRequest(int fd, const std::string& peer, const HttpRequest& request, bool parsed);
+  // refusal: 0 for a request to answer, else the status it gets (400, 431).
+  void ServeRequest(int fd, const std::string& peer, const HttpRequest& request, int refusal);
   size_t Record(const std::string& peer, const HttpRequest& request);
   void SetRecordStatus(size_t index, int status);
   bool TakeFault(const std::string& path, Fault* fault);

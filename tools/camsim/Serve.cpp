@@ -14,6 +14,8 @@ namespace {
 
 // A connection that sends no complete head within this time is closed.
 constexpr int kHeadTimeoutMs = 60000;
+// How long a refused request may go on sending before the close.
+constexpr int kLingerMs = 500;
 constexpr char kBoundary[] = "camsimboundary";
 constexpr char kAudioType[] = "audio/G726-32";
 // G.726 at 32 kbit/s: 4000 bytes a second, sent in tenths.
@@ -76,11 +78,16 @@ void Device::Serve(Slot* slot) {
   }
   if (headEnd != std::string::npos || data.size() > kMaxHeadBytes) {
     HttpRequest request;
-    bool parsed =
-        headEnd != std::string::npos && ParseRequestHead(data.substr(0, headEnd), &request);
-    if (request.requestLine.empty())
+    int refusal = 0;
+    if (headEnd == std::string::npos) {
+      refusal = 431;
+    } else if (!ParseRequestHead(data.substr(0, headEnd), &request)) {
+      refusal = 400;
+    }
+    if (request.requestLine.empty()) {
       request.requestLine = data.substr(0, data.find_first_of("\r\n"));
-    ServeRequest(fd, slot->peer, request, parsed);
+    }
+    ServeRequest(fd, slot->peer, request, refusal);
   }
   FinishSlot(slot);
 }
@@ -156,15 +163,20 @@ Reply Device::Dispatch(const HttpRequest& request) {
 }
 
 void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& request,
-                          bool parsed) {
+                          int refusal) {
   size_t index = Record(peer, request);
   Fault none;
   Reply reply;
-  if (!parsed || request.method != "GET") {
-    reply.status = parsed ? 405 : 400;
-    reply.body = parsed ? "ERROR=METHOD\r\n" : "ERROR=BAD_REQUEST\r\n";
+  if (refusal == 0 && request.method != "GET") refusal = 405;
+  if (refusal != 0) {
+    reply.status = refusal;
+    reply.body = "ERROR=" + std::to_string(refusal) + "\r\n";
     SetRecordStatus(index, reply.status);
     SendText(fd, request, reply, none, "");
+    // The client may still be sending; closing on unread bytes would reset
+    // the connection and lose the answer, so let it finish first.
+    shutdown(fd, SHUT_WR);
+    Pause(fd, stopFd_, kLingerMs);
     return;
   }
   Fault fault;
@@ -245,8 +257,8 @@ void Device::ServePush(int fd, const HttpRequest& request, const Reply& reply, c
     if (!SendAll(fd, part)) return;
     picturesSent_.fetch_add(1);
     next += interval;
-    auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(
-        next - std::chrono::steady_clock::now());
+    auto wait =
+        std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
     if (Pause(fd, stopFd_, wait.count() < 0 ? 0 : static_cast<int>(wait.count())) !=
         WaitResult::kTimeout) {
       return;
