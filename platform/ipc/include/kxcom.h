@@ -131,6 +131,21 @@ void COM_SetPrintSink(COM_PrintSink pfnSink, void* pvContext);
 void KXCOM_SetWaitDivisor(int iDivisor);
 int KXCOM_GetWaitDivisor(void);
 
+/* Makes the next iTimes calls of one kind fail as the device's library can
+ * fail, so that tests reach the requester's error paths: buffer creation
+ * returns null, the payload call returns null, a send returns
+ * KXCOM_ERR_NO_MEMORY (the buffer stays the sender's), a free returns
+ * KXCOM_ERR_NO_MEMORY (the buffer is freed all the same, so that a test
+ * leaks nothing). iTimes 0 clears the fault. */
+typedef enum KXCOM_FAULT {
+  KXCOM_FAULT_CREATE = 0, /* KXCOM_CreateMsgBuf_Asy, COM_MsgBufCreate */
+  KXCOM_FAULT_PAYLOAD,    /* _COM_STR_PTR                           */
+  KXCOM_FAULT_SEND,       /* _COM_MsgSndMain, COM_MsgSnd            */
+  KXCOM_FAULT_FREE,       /* KXCOM_FreeMsgBuf_Asy                   */
+  KXCOM_FAULT_KINDS
+} KXCOM_FAULT;
+void KXCOM_FailNext(KXCOM_FAULT eCall, int iTimes);
+
 /* Number of message buffers made and not yet freed, for leak checks. */
 int KXCOM_LiveBufferCount(void);
 

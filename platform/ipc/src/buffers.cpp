@@ -17,6 +17,7 @@
 #include <unordered_map>
 
 #include "buffer_registry.h"
+#include "faults.h"
 #include "kxcom.h"
 
 namespace kxcom {
@@ -138,15 +139,17 @@ void FreeQueued(KXCOM_MSGBUF* psBuf) {
 extern "C" {
 
 KXCOM_MSGBUF* KXCOM_CreateMsgBuf_Asy(int iCode, int /*iReserved1*/, int /*iReserved2*/) {
+  if (kxcom::TakeFault(KXCOM_FAULT_CREATE)) return nullptr;
   return kxcom::CreateBuffer(static_cast<uint32_t>(iCode));
 }
 
 KXCOM_MSGBUF* COM_MsgBufCreate(uint32_t ulMsgId, int /*iReserved1*/, int /*iReserved2*/) {
+  if (kxcom::TakeFault(KXCOM_FAULT_CREATE)) return nullptr;
   return kxcom::CreateBuffer(ulMsgId);
 }
 
 void* _COM_STR_PTR(KXCOM_MSGBUF* psBuf, int iSize) {
-  if (iSize <= 0) return nullptr;
+  if (iSize <= 0 || kxcom::TakeFault(KXCOM_FAULT_PAYLOAD)) return nullptr;
   kxcom::Registry& registry = kxcom::TheRegistry();
   std::lock_guard<std::mutex> lock(registry.mutex);
   if (registry.ErrorForUse(psBuf) != KXCOM_LIB_OK) return nullptr;
@@ -164,8 +167,9 @@ int KXCOM_FreeMsgBuf_Asy(KXCOM_MSGBUF* psBuf) {
   kxcom::Registry& registry = kxcom::TheRegistry();
   std::lock_guard<std::mutex> lock(registry.mutex);
   const int result = registry.ErrorForUse(psBuf);
-  if (result == KXCOM_LIB_OK) registry.Erase(psBuf);
-  return result;
+  if (result != KXCOM_LIB_OK) return result;
+  registry.Erase(psBuf);
+  return kxcom::TakeFault(KXCOM_FAULT_FREE) ? KXCOM_ERR_NO_MEMORY : KXCOM_LIB_OK;
 }
 
 int KXCOM_LiveBufferCount(void) {

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "buffer_registry.h"
+#include "faults.h"
 #include "kxcom.h"
 
 namespace kxcom {
@@ -103,6 +104,7 @@ void FreeAll(const std::deque<KXCOM_MSGBUF*>& messages) {
 int Send(const Address& address, KXCOM_MSGBUF* psBuf) {
   const int usable = CheckHeld(psBuf);
   if (usable != KXCOM_LIB_OK) return usable;
+  if (TakeFault(KXCOM_FAULT_SEND)) return KXCOM_ERR_NO_MEMORY;
   std::shared_ptr<Queue> queue = TheTable().ByAddress(address);
   if (!queue) return KXCOM_ERR_NO_QUEUE;
   {
