@@ -11,10 +11,10 @@ constexpr char kGetUid[] = "/cgi-bin/getuid?FILE=2&vcodec=h264";
 class FaultTest : public DeviceTest {
  protected:
   void SetUp() override { Use(7); }
-  void SetFault(const std::string& path, const std::string& spec) {
+  void SetFault(const std::string& path, const std::string& text) {
     camsim::Fault fault;
     std::string error;
-    ASSERT_TRUE(camsim::ParseFault(spec, &fault, &error)) << error;
+    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
     device_->SetFault(path, fault);
   }
 };

@@ -112,7 +112,7 @@ TEST(Program, HelpAndBadOptions) {
   bool closed = false;
   std::string text = ReadUntilClose(help.out, kDeadline, &closed);
   EXPECT_NE(text.find("--listen ADDR:PORT"), std::string::npos);
-  EXPECT_NE(text.find("--fault PATH:SPEC"), std::string::npos);
+  EXPECT_NE(text.find("--fault PATH:FAULT"), std::string::npos);
   int status = help.Stop(0);
   EXPECT_EQ(WEXITSTATUS(status), 0);
   Program bad;

@@ -148,7 +148,7 @@ bool ApplyGray(const std::string& value, DeviceOptions* device, std::string* err
 
 bool ApplyFault(const std::string& value, DeviceOptions* device, std::string* error) {
   size_t colon = value.find(':');
-  if (colon == std::string::npos || colon == 0) return Bad(error, "bad --fault, want PATH:SPEC");
+  if (colon == std::string::npos || colon == 0) return Bad(error, "bad --fault, want PATH:FAULT");
   Fault fault;
   std::string why;
   if (!ParseFault(value.substr(colon + 1), &fault, &why)) return Bad(error, "--fault: " + why);
@@ -181,7 +181,7 @@ constexpr DeviceOption kDeviceOptions[] = {
     {"--play-mode", "N", "recorder status: PLAY_MODE=; 0", ApplyPlayMode},
     {"--frame-rate", "R", "pictures per second of a push that names none; 5", ApplyFrameRate},
     {"--gray", "N", "gray level 0..255 of the pictures; 128", ApplyGray},
-    {"--fault", "PATH:SPEC", "a fault on PATH (or * for every path), repeatable", ApplyFault},
+    {"--fault", "PATH:FAULT", "a fault on PATH (or * for every path), repeatable", ApplyFault},
     {"--refuse", nullptr, "start with the listener closed (SIGUSR2 opens it)", ApplyRefuse},
 };
 
@@ -273,7 +273,7 @@ std::string UsageText() {
   }
   text +=
       "\n"
-      "Fault SPEC, items joined by commas:\n"
+      "FAULT, items joined by commas:\n"
       "  status=N           answer with status N (401 carries a challenge)\n"
       "  delay=MS           wait MS milliseconds before answering\n"
       "  noanswer           answer nothing and hold the connection open\n"
