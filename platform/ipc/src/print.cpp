@@ -28,38 +28,29 @@ PrintChannel& TheChannel() {
 // straight to standard error instead of waiting for its own lock.
 thread_local bool t_in_sink = false;
 
-void WriteToStderr(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stderr);
+// Texts up to this size are formatted on the stack; the requester's lines
+// (at most 255 characters behind a prefix of at most 96) never need more.
+constexpr size_t kStackText = 512;
+
+void WriteToStderr(const char* pcText, size_t ulLength) {
+  std::fwrite(pcText, 1, ulLength, stderr);
   std::fflush(stderr);
 }
 
-void Write(const std::string& text) {
+void Write(const char* pcText, size_t ulLength) {
   if (t_in_sink) {
-    WriteToStderr(text);
+    WriteToStderr(pcText, ulLength);
     return;
   }
   PrintChannel& channel = TheChannel();
   std::lock_guard<std::mutex> lock(channel.mutex);
   if (channel.sink == nullptr) {
-    WriteToStderr(text);
+    WriteToStderr(pcText, ulLength);
     return;
   }
   t_in_sink = true;
-  channel.sink(text.c_str(), channel.context);
+  channel.sink(pcText, channel.context);
   t_in_sink = false;
-}
-
-// Formats into a string of the exact length; false on a format error.
-bool Format(std::string* text, const char* pcFormat, va_list args) {
-  va_list measure;
-  va_copy(measure, args);
-  const int length = std::vsnprintf(nullptr, 0, pcFormat, measure);
-  va_end(measure);
-  if (length < 0) return false;
-  text->resize(static_cast<size_t>(length) + 1);
-  std::vsnprintf(&(*text)[0], text->size(), pcFormat, args);
-  text->resize(static_cast<size_t>(length));
-  return true;
 }
 
 }  // namespace
@@ -69,19 +60,35 @@ extern "C" {
 
 int COM_printf(const char* pcFormat, ...) {
   if (pcFormat == nullptr) return -1;
-  std::string text;
+  char acText[kxcom::kStackText];
   va_list args;
   va_start(args, pcFormat);
-  bool formatted = false;
-  try {
-    formatted = kxcom::Format(&text, pcFormat, args);
-  } catch (...) {
-    formatted = false;  // out of memory: the line is lost, the caller goes on
-  }
+  va_list again;
+  va_copy(again, args);
+  const int length = std::vsnprintf(acText, sizeof(acText), pcFormat, args);
   va_end(args);
-  if (!formatted) return -1;
-  kxcom::Write(text);
-  return static_cast<int>(text.size());
+  if (length < 0) {
+    va_end(again);
+    return -1;
+  }
+  if (static_cast<size_t>(length) < sizeof(acText)) {
+    va_end(again);
+    kxcom::Write(acText, static_cast<size_t>(length));
+    return length;
+  }
+  // A longer text: formatted whole on the heap; no length limit here.
+  std::string text;
+  try {
+    text.resize(static_cast<size_t>(length) + 1);
+    std::vsnprintf(&text[0], text.size(), pcFormat, again);
+    text.resize(static_cast<size_t>(length));
+  } catch (...) {
+    va_end(again);
+    return -1;  // out of memory: the line is lost, the caller goes on
+  }
+  va_end(again);
+  kxcom::Write(text.c_str(), text.size());
+  return length;
 }
 
 void COM_SetPrintSink(COM_PrintSink pfnSink, void* pvContext) {
