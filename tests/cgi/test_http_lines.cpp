@@ -14,6 +14,8 @@ namespace {
 
 using cgitest::ClockOverride;
 using cgitest::FixedClock;
+using cgitest::LineTest;
+using cgitest::Unknown;
 
 struct HttpRow {
   int type;
@@ -96,33 +98,7 @@ void Configure(CCamRequester_Cgi_Kobu_Http& r, int type, int cmd) {
   r.uid_logout = 9;
 }
 
-std::string Unknown(const std::string& op, int type) {
-  return op + " [ERROR] Unknown Camera Type enum#[" + std::to_string(type) + "]\n";
-}
-
-class HttpLines : public ::testing::Test {
- protected:
-  ClockOverride clock_{&FixedClock};
-  camtest::PrintCapture print_;
-  CCamRequester_Cgi_Kobu_Http r_;
-  char dst_[1024];
-
-  template <typename F>
-  void ExpectRefusal(F fnBuild, const std::string& sMessage, const std::string& sWhere) {
-    print_.Clear();
-    memset(dst_, 'x', sizeof(dst_));
-    EXPECT_EQ(fnBuild(), -1) << sWhere;
-    EXPECT_STREQ(dst_, "") << sWhere;
-    EXPECT_EQ(print_.Count(sMessage), 1) << sWhere << " expected message " << sMessage;
-  }
-
-  template <typename F>
-  void ExpectLine(F fnBuild, const std::string& sLine, const std::string& sWhere) {
-    memset(dst_, 'x', sizeof(dst_));
-    EXPECT_EQ(fnBuild(), 0) << sWhere;
-    EXPECT_EQ(std::string(dst_), sLine) << sWhere;
-  }
-};
+class HttpLines : public LineTest<CCamRequester_Cgi_Kobu_Http> {};
 
 std::string Where(int type, int cmd, int start = -1) {
   std::string s = "type " + std::to_string(type) + " cmd " + std::to_string(cmd);

@@ -14,6 +14,8 @@ namespace {
 
 using cgitest::ClockOverride;
 using cgitest::FixedClock;
+using cgitest::LineTest;
+using cgitest::Unknown;
 
 // One row of the camera-type table of the RTP requester.
 struct RtpRow {
@@ -97,35 +99,9 @@ void Configure(CCamRequester_Cgi_Kobu_Rtp& r, int type, int cmd) {
   r.iAudioEnable = 100;
 }
 
-std::string Unknown(const std::string& op, int type) {
-  return op + " [ERROR] Unknown Camera Type enum#[" + std::to_string(type) + "]\n";
-}
-
-class RtpLines : public ::testing::Test {
+class RtpLines : public LineTest<CCamRequester_Cgi_Kobu_Rtp> {
  protected:
-  ClockOverride clock_{&FixedClock};
-  camtest::PrintCapture print_;
-  CCamRequester_Cgi_Kobu_Rtp r_;
-  char dst_[1024];
-
   void SetUp() override { r_.cIpAddr[0] = '\0'; }
-
-  // Runs a builder that must refuse with sMessage.
-  template <typename F>
-  void ExpectRefusal(F fnBuild, const std::string& sMessage, const std::string& sWhere) {
-    print_.Clear();
-    memset(dst_, 'x', sizeof(dst_));
-    EXPECT_EQ(fnBuild(), -1) << sWhere;
-    EXPECT_STREQ(dst_, "") << sWhere;
-    EXPECT_EQ(print_.Count(sMessage), 1) << sWhere << " expected message " << sMessage;
-  }
-
-  template <typename F>
-  void ExpectLine(F fnBuild, const std::string& sLine, const std::string& sWhere) {
-    memset(dst_, 'x', sizeof(dst_));
-    EXPECT_EQ(fnBuild(), 0) << sWhere;
-    EXPECT_EQ(std::string(dst_), sLine) << sWhere;
-  }
 };
 
 TEST_F(RtpLines, SessionCommandForEveryTypeAndCommandType) {

@@ -173,6 +173,30 @@ class BothRequesters : public ::testing::Test {
 
 using Lines = std::vector<std::string>;
 
+// A recorder record whose leading fields are not read by the setter and
+// whose session data are all set, each to a value of its own.
+inline CAM_KEL_INFO SampleKelInfo() {
+  CAM_KEL_INFO sInfo{};
+  strcpy(sInfo.cIpAddr, "not read");
+  sInfo.iHttpPort = 1;
+  sInfo.usCameraType = 2;
+  strcpy(sInfo.CamName, "not read");
+  sInfo.iUid = 4711;
+  sInfo.iAudioBitrate = 32;
+  sInfo.iAudioEnable = 100;
+  sInfo.iSelfFamily = 2;
+  sInfo.usReserved = 0xBEEF;
+  sInfo.ucMulticast = 1;
+  strcpy(sInfo.cMultiAddr, "239.1.2.3");
+  sInfo.ucReserved = 0x5A;
+  strcpy(sInfo.cSelfAddr, "10.0.0.99");
+  sInfo.iRtpPort = 6000;
+  sInfo.iUniPort = 6100;
+  sInfo.iAudioInPort = 7100;
+  sInfo.iPeerFamily = 10;
+  return sInfo;
+}
+
 }  // namespace paramtest
 
 #endif

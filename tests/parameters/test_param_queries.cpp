@@ -173,20 +173,7 @@ class KelQuery : public Queries<ClassInfo> {
  protected:
   void SetUpRecorder() {
     this->SetUpCamera(31, "KEL-R");
-    CAM_KEL_INFO sInfo{};
-    sInfo.iUid = 4711;
-    sInfo.iAudioBitrate = 32;
-    sInfo.iAudioEnable = 100;
-    sInfo.iSelfFamily = 2;
-    sInfo.usReserved = 0x1234;
-    sInfo.ucMulticast = 1;
-    strcpy(sInfo.cMultiAddr, "239.1.2.3");
-    sInfo.ucReserved = 0x42;
-    strcpy(sInfo.cSelfAddr, "10.0.0.99");
-    sInfo.iRtpPort = 6000;
-    sInfo.iUniPort = 6100;
-    sInfo.iAudioInPort = 7100;
-    sInfo.iPeerFamily = 10;
+    const CAM_KEL_INFO sInfo = SampleKelInfo();
     ASSERT_EQ(0, this->Set(CAM_PARAM_KELINFO, &sInfo));
     this->capture.Clear();
   }
@@ -237,10 +224,10 @@ TYPED_TEST(KelQuery, MatchingRecorderHandsOutTheSessionData) {
   EXPECT_EQ(32, sInfo.iAudioBitrate);
   EXPECT_EQ(100, sInfo.iAudioEnable);
   EXPECT_EQ(2, sInfo.iSelfFamily);
-  EXPECT_EQ(0x1234, sInfo.usReserved);
+  EXPECT_EQ(0xBEEF, sInfo.usReserved);
   EXPECT_EQ(1, sInfo.ucMulticast);
   EXPECT_STREQ("239.1.2.3", sInfo.cMultiAddr);
-  EXPECT_EQ(0x42, sInfo.ucReserved);
+  EXPECT_EQ(0x5A, sInfo.ucReserved);
   EXPECT_STREQ("10.0.0.99", sInfo.cSelfAddr);
   EXPECT_EQ(6000, sInfo.iRtpPort);
   EXPECT_EQ(6100, sInfo.iUniPort);
