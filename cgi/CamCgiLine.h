@@ -7,13 +7,12 @@
 
 #include <cstddef>
 
+#include "CamConstants.h"
+
 namespace cgi {
 
 // Size of one component slot.
 constexpr int kSlotSize = 64;
-// Capacity assumed for a destination buffer. No line comes near it: a line
-// has at most eight slots of at most 63 characters.
-constexpr int kCgiLineSize = 512;
 
 struct Slot {
   char c[kSlotSize] = {};

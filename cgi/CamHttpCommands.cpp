@@ -4,6 +4,7 @@
 #include "CamCgiCommon.h"
 #include "CamCgiTables.h"
 #include "CamClock.h"
+#include "CamConstants.h"
 #include "CamRequesterFields.h"
 
 namespace cgi {
@@ -117,7 +118,7 @@ int CameraAudio(const CamRequesterFields& sFields, char* pcDst, int iStartStop, 
   FormatSlot(sConnect, "%s", ConnectWord(iStartStop));
   FormatSlot(sProtocol, "%s", "protocol=http");
   ChannelPart(sChannel, sFields);
-  if (sFields.iAudioEnable == 100) FormatSlot(sMode, "%s", "&mode=in");
+  if (sFields.iAudioEnable == kAudioEnableIn) FormatSlot(sMode, "%s", "&mode=in");
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
   JoinLine(pcDst, "%s?%s&%s%s%s&%s&%s", sPath.c, sConnect.c, sProtocol.c, sChannel.c, sMode.c,

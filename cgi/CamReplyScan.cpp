@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "CCamRequester.h"
+#include "CamConstants.h"
 #include "CamRequesterFields.h"
 #include "CamTypes.h"
 
@@ -12,7 +13,6 @@ namespace cgi {
 
 namespace {
 
-constexpr int kAudioEnableIn = 100;
 constexpr int kFileNameSize = 64;
 // Play modes the recorder must report exactly as this device expects.
 constexpr int kPlayModeStrictA = 0;

@@ -4,6 +4,7 @@
 #include "CamCgiCommon.h"
 #include "CamCgiTables.h"
 #include "CamClock.h"
+#include "CamConstants.h"
 #include "CamRequesterFields.h"
 
 namespace cgi {
@@ -135,7 +136,7 @@ int CameraAudio(const CamRequesterFields& sFields, char* pcDst, int iStartStop, 
   FormatSlot(sConnect, "%s&%s", ConnectWord(iStartStop), "protocol=rtp");
   FormatSlot(sPort, "my_port=%d", sFields.iRtpPort);
   ChannelPart(sChannel, sFields);
-  if (sFields.iAudioEnable == 100) FormatSlot(sMode, "%s", "&mode=in");
+  if (sFields.iAudioEnable == kAudioEnableIn) FormatSlot(sMode, "%s", "&mode=in");
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
   StreamPart(sStream, sFields);

@@ -4,11 +4,10 @@
 
 #include <pthread.h>
 
+#include "CamConstants.h"
 #include "kxcom.h"
 
 namespace {
-// Queue module of every request thread; its address is the thread index.
-constexpr int kRequestModule = 42;
 // The upper layer's thread index is moved past the indices the device keeps.
 constexpr long kThreadIndexOffset = 16;
 }  // namespace
@@ -97,7 +96,9 @@ int CCamRequester::StopChildThread() {
   return 0;
 }
 
-unsigned int CCamRequester::GetChildThreadIndex() { return iChildThreadIndex; }
+unsigned int CCamRequester::GetChildThreadIndex() {
+  return iChildThreadIndex;
+}
 
 int CCamRequester::EnableKeepAlive() {
   bKeepAlive = 1;
@@ -119,6 +120,10 @@ int CCamRequester::DiablePBKeepAlive() {
   return 0;
 }
 
-unsigned char CCamRequester::GetKeepAlive() { return bKeepAlive; }
+unsigned char CCamRequester::GetKeepAlive() {
+  return bKeepAlive;
+}
 
-unsigned char CCamRequester::GetPBKeepAlive() { return bPBKeepAlive; }
+unsigned char CCamRequester::GetPBKeepAlive() {
+  return bPBKeepAlive;
+}

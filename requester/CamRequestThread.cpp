@@ -6,14 +6,12 @@
 #include <sys/time.h>
 
 #include "CCamRequester.h"
+#include "CamConstants.h"
 #include "kxcom.h"
 
 namespace {
 
-constexpr int kRequestModule = 42;
 constexpr suseconds_t kReceiveWaitUsec = 100000;  // the heartbeat of all idle work
-constexpr int kRestartRounds = 29;                // rebuild on the 30th idle round in status 1
-constexpr int kKeepAliveNow = 300;                // makes the next keep-alive call send
 
 using SessionStep = int (CCamRequester::*)();
 
@@ -27,19 +25,20 @@ struct Step {
 enum class Wanted { kNone, kLiveOn, kLiveOff, kPlayBackOn, kPlayBackOff };
 
 struct Dispatch {
-  const char* pcLine;     // null: undefined code
-  int iSplitId;           // time-measurement id, 0 = none
-  Wanted eWanted;         // request flag set before the steps
-  int iEvent;             // ChangeStatus event raised first (checked), -1 = none
-  Step asSteps[4];        // steps after the event, until the first null
-  bool bKeepAliveTail;    // keep-alive right after a started stream
-  bool bCheckAtEnd;       // one more check before the time measurement ends
+  const char* pcLine;   // null: undefined code
+  int iSplitId;         // time-measurement id, 0 = none
+  Wanted eWanted;       // request flag set before the steps
+  int iEvent;           // ChangeStatus event raised first (checked), -1 = none
+  Step asSteps[4];      // steps after the event, until the first null
+  bool bKeepAliveTail;  // keep-alive right after a started stream
+  bool bCheckAtEnd;     // one more check before the time measurement ends
 };
 
 constexpr const char* kStartLine = "RequestThreadMain [DEBUG] START command TINDEX=%x\n";
 constexpr const char* kStopLine = "RequestThreadMain [DEBUG] STOP command TINDEX=%x\n";
 
 // Indexed by the queue command code; code 2 is not used and reads as undefined.
+// clang-format off
 const Dispatch kDispatchTable[] = {
     /* 0 START */
     {kStartLine, 1, Wanted::kLiveOn, CAM_HTTP_EVT_START,
@@ -67,6 +66,7 @@ const Dispatch kDispatchTable[] = {
     {kStopLine, 14, Wanted::kPlayBackOff, CAM_HTTP_EVT_STOP,
      {{true, &CCamRequester::KelStreamStopCommand}}, false, false},
 };
+// clang-format on
 constexpr int kDispatchCount = sizeof(kDispatchTable) / sizeof(kDispatchTable[0]);
 
 }  // namespace
@@ -114,7 +114,9 @@ int CCamRequester::RequestPresetPosition() {
 
 // Nothing in the library asks for a retry; iStartRetry and Retrymutex stay
 // for a later caller that sets the flag under the lock.
-int CCamRequester::RequestStartRetry() { return 0; }
+int CCamRequester::RequestStartRetry() {
+  return 0;
+}
 
 // ---- thread side -----------------------------------------------------------
 
@@ -171,11 +173,20 @@ void CCamRequester::DispatchMessage(int iCode) {
   COM_printf(sEntry.pcLine, iChildThreadIndex.load());
 
   switch (sEntry.eWanted) {
-    case Wanted::kLiveOn: bStartReq = 1; break;
-    case Wanted::kLiveOff: bStartReq = 0; break;
-    case Wanted::kPlayBackOn: bPBStartReq = 1; break;
-    case Wanted::kPlayBackOff: bPBStartReq = 0; break;
-    case Wanted::kNone: break;
+    case Wanted::kLiveOn:
+      bStartReq = 1;
+      break;
+    case Wanted::kLiveOff:
+      bStartReq = 0;
+      break;
+    case Wanted::kPlayBackOn:
+      bPBStartReq = 1;
+      break;
+    case Wanted::kPlayBackOff:
+      bPBStartReq = 0;
+      break;
+    case Wanted::kNone:
+      break;
   }
 
   if (sEntry.iEvent >= 0) {
@@ -189,7 +200,7 @@ void CCamRequester::DispatchMessage(int iCode) {
   }
   if (sEntry.bKeepAliveTail && bKeepAlive == 1 && bStartReq == 1) {
     if (bThreadLoop == 0) return;
-    SetKeeAliveCount(kKeepAliveNow);
+    SetKeeAliveCount(kKeepAliveTicks);
     SendKeepAliveCommand();
   }
   if (sEntry.bCheckAtEnd && bThreadLoop == 0) return;
@@ -211,7 +222,7 @@ void CCamRequester::RunIdleRound() {
   if (iConnectStatus == CAM_HTTP_STS_ERROR) {
     ++iRestartCount;
     // The recorder check may ask for the rebuild before the 30th round.
-    if (iRestartCount > kRestartRounds || SetKelInfoFlagCheck() == 0) {
+    if (iRestartCount >= kRestartRounds || SetKelInfoFlagCheck() == 0) {
       if (!RunRestart()) return;
     }
   } else {
@@ -239,7 +250,7 @@ bool CCamRequester::RunRestart() {
   StreamStartCommand();
   if (bKeepAlive == 1 && bStartReq == 1) {
     if (bThreadLoop == 0) return false;
-    SetKeeAliveCount(kKeepAliveNow);
+    SetKeeAliveCount(kKeepAliveTicks);
     SendKeepAliveCommand();
   }
   return true;
@@ -256,7 +267,7 @@ bool CCamRequester::RunRetryStep() {
         pthread_mutex_unlock(&Retrymutex);
         return false;
       }
-      SetKeeAliveCount(kKeepAliveNow);
+      SetKeeAliveCount(kKeepAliveTicks);
       SendKeepAliveCommand();
     }
     iStartRetry = 0;

@@ -146,7 +146,7 @@ typedef struct CAM_PROXY_PARAM {
 // Kind 10.
 typedef struct CAM_TYPE_PARAM {
   uint16_t usCameraNumber;    // 1..262, 0 = none
-  uint16_t usCameraType;      // 0..36, see CamTypes.h
+  uint16_t usCameraType;      // 0..36, see requester/CamTypes.h
   int32_t iReserved;          // not read
   char CamName[CAM_TEXT_SIZE];  // model name, only printed
 } CAM_TYPE_PARAM;
