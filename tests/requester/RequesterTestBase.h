@@ -15,6 +15,7 @@
 
 #include "CamTestSupport.h"
 #include "RecordingRequester.h"
+#include "UpperLayer.h"
 #include "almsnd.h"
 #include "kxcom.h"
 
@@ -86,36 +87,6 @@ inline std::string Hex(unsigned uValue) {
   snprintf(ac, sizeof(ac), "%x", uValue);
   return ac;
 }
-
-// Keeps every alarm report while it lives.
-class AlarmCapture {
- public:
-  struct Report {
-    int iCode;
-    int iCamera;
-    std::string sAddress;
-    int iPosition;
-  };
-  AlarmCapture() { ALMSND_SetObserver(&AlarmCapture::Observe, this); }
-  ~AlarmCapture() { ALMSND_SetObserver(nullptr, nullptr); }
-  AlarmCapture(const AlarmCapture&) = delete;
-  AlarmCapture& operator=(const AlarmCapture&) = delete;
-
-  std::vector<Report> Reports() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_reports;
-  }
-
- private:
-  static void Observe(int iCode, int iCamera, const char* pcAddress, int iPosition,
-                      void* pvContext) {
-    auto* self = static_cast<AlarmCapture*>(pvContext);
-    std::lock_guard<std::mutex> lock(self->m_mutex);
-    self->m_reports.push_back({iCode, iCamera, pcAddress ? pcAddress : "", iPosition});
-  }
-  mutable std::mutex m_mutex;
-  std::vector<Report> m_reports;
-};
 
 // A print sink that runs an action on the printing thread the first time a
 // text containing sPattern is printed, and keeps every text. Stands in for

@@ -158,33 +158,6 @@ TEST_F(ConnectErrorTest, PlayModeStopDoesNothing) {
 
 // ---- the UID message ---------------------------------------------------------
 
-constexpr uint32_t kUidMessageId = 0x2203001C;
-constexpr int kUidDestination = 34;
-
-// Binds the UID message's destination as the receiving process does.
-class UidReceiver {
- public:
-  UidReceiver() : m_iQueue(KXCOM_InitMsg_Asy(kUidDestination, 0)) {}
-  ~UidReceiver() {
-    if (m_iQueue >= 0) KXCOM_DeleteMsgQue_Asy(m_iQueue, kUidDestination, 0);
-  }
-  bool Bound() const { return m_iQueue >= 0; }
-  // The next message's payload; false when none is queued.
-  bool Next(int32_t aiPayload[3]) {
-    KXCOM_MSGBUF* psMsg = _COM_MsgRcvMain(0, timeval{0, 0}, m_iQueue);
-    if (psMsg == nullptr) return false;
-    EXPECT_EQ(psMsg->ulCode, kUidMessageId);
-    const void* pvPayload = _COM_STR_PTR(psMsg, 12);
-    EXPECT_NE(pvPayload, nullptr);
-    if (pvPayload != nullptr) std::memcpy(aiPayload, pvPayload, 12);
-    EXPECT_EQ(KXCOM_FreeMsgBuf_Asy(psMsg), KXCOM_LIB_OK);
-    return true;
-  }
-
- private:
-  int m_iQueue;
-};
-
 TEST_F(ConnectErrorTest, UidMessageCarriesPositionCameraAndFlagAndOnlyChanges) {
   PrintCapture capture;
   UidReceiver receiver;
