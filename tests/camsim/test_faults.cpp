@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "Fixture.h"
+#include "LoginTransform.h"
 
 namespace camsim_test {
 namespace {
@@ -36,12 +37,12 @@ TEST_F(FaultTest, StatusCodesAndClearing) {
 
 TEST_F(FaultTest, EveryPathAndClearAll) {
   SetFault(camsim::kEveryPath, "status=500");
-  SetFault("/cgi-bin/h264_I_interval", "status=404");
+  SetFault("/cgi-bin/mpeg4_I_interval", "status=404");
   EXPECT_EQ(Fetch(kGetUid).status, 500);
-  EXPECT_EQ(Fetch("/cgi-bin/h264_I_interval").status, 404) << "a path's own fault wins";
+  EXPECT_EQ(Fetch("/cgi-bin/mpeg4_I_interval").status, 404) << "a path's own fault wins";
   device_->ClearFaults();
   EXPECT_EQ(Fetch(kGetUid).status, 200);
-  EXPECT_EQ(Fetch("/cgi-bin/h264_I_interval").status, 200);
+  EXPECT_EQ(Fetch("/cgi-bin/mpeg4_I_interval").status, 200);
 }
 
 TEST_F(FaultTest, TimesLimitsTheFault) {
@@ -193,7 +194,7 @@ TEST(FaultStart, StartingRefusedKeepsThePort) {
   EXPECT_NE(device->Port(), 0);
   EXPECT_LT(Connect("127.0.0.1", device->Port()), 0);
   ASSERT_TRUE(device->AcceptConnections(&error)) << error;
-  EXPECT_EQ(Get("127.0.0.1", device->Port(), "/cgi-bin/h264_I_interval?stream=1").status, 200);
+  EXPECT_EQ(Get("127.0.0.1", device->Port(), "/cgi-bin/mpeg4_I_interval").status, 200);
 }
 
 TEST_F(FaultTest, ForgottenUidsAreRefused) {
@@ -201,6 +202,119 @@ TEST_F(FaultTest, ForgottenUidsAreRefused) {
   device_->ForgetUids();
   EXPECT_EQ(Fetch("/cgi-bin/keep_alive?mode=h264&protocol=rtp&UID=" + std::to_string(uid)).status,
             404);
+}
+
+}  // namespace
+}  // namespace camsim_test
+
+namespace camsim_test {
+namespace {
+
+// Several faults on one path, and faults met only by some requests.
+class FaultChoiceTest : public DeviceTest {
+ protected:
+  void Add(const std::string& path, const std::string& text) {
+    camsim::Fault fault;
+    std::string error;
+    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
+    device_->AddFault(path, fault);
+  }
+  int Status(const std::string& target) { return Fetch(target).status; }
+};
+
+TEST_F(FaultChoiceTest, FaultsOnOnePathServeInTheOrderAdded) {
+  Use(7);
+  Add("/cgi-bin/getuid", "status=503,times=2");
+  Add("/cgi-bin/getuid", "status=500,times=1");
+  Add("/cgi-bin/getuid", "garbage,times=1");
+  EXPECT_EQ(device_->FaultCount("/cgi-bin/getuid"), 3u);
+  EXPECT_EQ(Status(kGetUid), 503);
+  EXPECT_EQ(Status(kGetUid), 503);
+  EXPECT_EQ(Status(kGetUid), 500);
+  Response garbage = Fetch(kGetUid);
+  EXPECT_FALSE(garbage.complete);
+  EXPECT_EQ(device_->FaultCount("/cgi-bin/getuid"), 0u);
+  EXPECT_EQ(Status(kGetUid), 200) << "every fault has run out";
+}
+
+TEST_F(FaultChoiceTest, SetFaultStillReplacesThePathsFaults) {
+  Use(7);
+  Add("/cgi-bin/getuid", "status=503");
+  Add("/cgi-bin/getuid", "status=500");
+  camsim::Fault only;
+  only.status = 404;
+  device_->SetFault("/cgi-bin/getuid", only);
+  EXPECT_EQ(device_->FaultCount("/cgi-bin/getuid"), 1u);
+  EXPECT_EQ(Status(kGetUid), 404);
+}
+
+TEST_F(FaultChoiceTest, AQueryKeySelectsTheRequests) {
+  Use(7);
+  std::string uid = std::to_string(CameraUid());
+  Add("/cgi-bin/h264", "when=connect=stop,status=500");
+  std::string tail = "&protocol=rtp&my_port=5000&UID=" + uid;
+  EXPECT_EQ(Status("/cgi-bin/h264?connect=start" + tail), 200);
+  EXPECT_EQ(Status("/cgi-bin/h264?connect=stop" + tail), 500);
+  EXPECT_EQ(Status("/cgi-bin/h264?connect=start" + tail), 200);
+}
+
+TEST_F(FaultChoiceTest, ConditionsAreAllMetAndTimesCountOnlyMetRequests) {
+  Use(34);
+  Add("/cgi-bin/push.cgi", "when=CMD=START,when=COMP=MPEG4,status=503,times=1");
+  Add("/cgi-bin/push.cgi", "when=CMD=STOP,status=500,times=1");
+  // Log in through the recorder's own exchange.
+  Response key = Fetch("/cgi-bin/start.cgi?UID=-1");
+  ASSERT_EQ(key.status, 200);
+  std::string value = key.body.substr(10, key.body.find('"', 10) - 10);
+  Response login = Fetch("/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(value, "admin") +
+                         "&PASS=" + camsim::LoginTransform(value, "password") + "&KEY=" + value);
+  ASSERT_EQ(login.status, 200);
+  std::string uid = login.Line("UID=");
+  std::string h264 = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=" + uid + "&PORT=6000&COMP=H264";
+  std::string mpeg4 = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=" + uid + "&PORT=6000&COMP=MPEG4";
+  std::string stop = "/cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=" + uid + "&PORT=6000&COMP=MPEG4";
+  EXPECT_EQ(Status(h264), 200) << "CMD=START alone does not meet both conditions";
+  EXPECT_EQ(Status(mpeg4), 503);
+  EXPECT_EQ(Status(mpeg4), 200) << "times=1 ran out";
+  EXPECT_EQ(Status(stop), 500);
+  EXPECT_EQ(Status(stop), 200);
+}
+
+TEST_F(FaultChoiceTest, AUidSelectsTheRequests) {
+  Use(7);
+  int first = CameraUid();
+  int second = CameraUid();
+  Add("/cgi-bin/keep_alive", "uid=" + std::to_string(second) + ",status=503");
+  std::string line = "/cgi-bin/keep_alive?mode=h264&protocol=rtp&page=1&UID=";
+  EXPECT_EQ(Status(line + std::to_string(first)), 200);
+  EXPECT_EQ(Status(line + std::to_string(second)), 503);
+}
+
+TEST_F(FaultChoiceTest, QuillonReleaseAloneFails) {
+  Use(20);
+  Response uid = Fetch("/cgi-bin/getuid?FILE=uid.html&PAGE=1");
+  std::string line = "/cgi-bin/uidutil?UID=" + uid.Line("UID=");
+  Add("/cgi-bin/uidutil", "when=UTIL=RELEASE,noanswer,times=1");
+  Add("/cgi-bin/uidutil", "when=UTIL=RELEASE,status=500,times=1");
+  EXPECT_EQ(Status(line + "&UTIL=KEEPALIVE"), 200);
+  int fd = Connect(address_, device_->Port());
+  ASSERT_GE(fd, 0);
+  SendText(fd, "GET " + line + "&UTIL=RELEASE HTTP/1.0\r\n\r\n");
+  bool closed = true;
+  EXPECT_TRUE(ReadUntilClose(fd, milliseconds(300), &closed).empty());
+  EXPECT_FALSE(closed);
+  close(fd);
+  EXPECT_EQ(Status(line + "&UTIL=RELEASE"), 500);
+  EXPECT_EQ(Status(line + "&UTIL=RELEASE"), 200);
+  EXPECT_TRUE(device_->LiveUids().empty());
+}
+
+TEST_F(FaultChoiceTest, EveryPathServesWhatThePathsOwnFaultsDoNotMeet) {
+  Use(7);
+  Add(camsim::kEveryPath, "status=500");
+  Add("/cgi-bin/mpeg4_I_interval", "when=ch=1,status=503");
+  EXPECT_EQ(Status("/cgi-bin/mpeg4_I_interval?ch=1"), 503);
+  EXPECT_EQ(Status("/cgi-bin/mpeg4_I_interval?ch=2"), 500);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "HttpRequest.h"
+
 namespace camsim {
 
 namespace {
@@ -79,12 +81,94 @@ bool ApplyTimes(const std::string& value, bool, Fault* fault) {
   return true;
 }
 
+bool ApplyReset(const std::string&, bool has, Fault* f) {
+  return ApplyAction(FaultAction::kReset, has, f);
+}
+
+bool ApplyPushEnd(const std::string& value, bool hasValue, Fault* fault) {
+  long frames = 1;
+  if (hasValue && !ReadNumber(value, 0, 1000000, &frames)) return false;
+  fault->action = FaultAction::kPushEnd;
+  fault->framesBeforeStall = static_cast<int>(frames);
+  return true;
+}
+
+bool ApplyLateKeys(const std::string& value, bool hasValue, Fault* fault) {
+  long at = kDefaultLateKeys;
+  if (hasValue && !ReadNumber(value, 1, 100000000, &at)) return false;
+  fault->lateKeysAt = static_cast<size_t>(at);
+  return true;
+}
+
+bool ApplyDrip(const std::string& value, bool, Fault* fault) {
+  long ms = 0;
+  if (!ReadNumber(value, 1, 60000, &ms)) return false;
+  fault->dripMs = static_cast<int>(ms);
+  return true;
+}
+
+bool ApplyFraming(BodyFraming framing, bool hasValue, Fault* fault) {
+  if (hasValue) return false;
+  fault->framing = framing;
+  return true;
+}
+
+bool ApplyNoLength(const std::string&, bool has, Fault* f) {
+  return ApplyFraming(BodyFraming::kUntilClose, has, f);
+}
+bool ApplyChunked(const std::string&, bool has, Fault* f) {
+  return ApplyFraming(BodyFraming::kChunked, has, f);
+}
+bool ApplyChunkedOpen(const std::string&, bool has, Fault* f) {
+  return ApplyFraming(BodyFraming::kChunkedUnterminated, has, f);
+}
+
+bool ApplyBoundaryQuoted(const std::string&, bool hasValue, Fault* fault) {
+  fault->boundaryQuoted = true;
+  return !hasValue;
+}
+
+bool ApplyBoundaryBare(const std::string&, bool hasValue, Fault* fault) {
+  fault->boundaryBare = true;
+  return !hasValue;
+}
+
+bool ApplyWhen(const std::string& value, bool, Fault* fault) {
+  size_t equal = value.find('=');
+  if (equal == std::string::npos || equal == 0) return false;
+  fault->when.emplace_back(value.substr(0, equal), value.substr(equal + 1));
+  return true;
+}
+
+bool ApplyUid(const std::string& value, bool, Fault* fault) {
+  long uid = 0;
+  if (!ReadNumber(value, 0, 2000000000, &uid)) return false;
+  fault->when.emplace_back("UID", value);
+  return true;
+}
+
 constexpr FaultWord kFaultWords[] = {
-    {"status", ApplyStatus},        {"delay", ApplyDelay},
-    {"noanswer", ApplyNoAnswer},    {"close-header", ApplyCloseHeader},
-    {"close-body", ApplyCloseBody}, {"garbage", ApplyGarbage},
-    {"long-body", ApplyLongBody},   {"omit", ApplyOmit},
-    {"push-stall", ApplyPushStall}, {"times", ApplyTimes},
+    {"status", ApplyStatus},
+    {"delay", ApplyDelay},
+    {"noanswer", ApplyNoAnswer},
+    {"close-header", ApplyCloseHeader},
+    {"close-body", ApplyCloseBody},
+    {"garbage", ApplyGarbage},
+    {"reset", ApplyReset},
+    {"long-body", ApplyLongBody},
+    {"late-keys", ApplyLateKeys},
+    {"omit", ApplyOmit},
+    {"push-stall", ApplyPushStall},
+    {"push-end", ApplyPushEnd},
+    {"drip", ApplyDrip},
+    {"no-length", ApplyNoLength},
+    {"chunked", ApplyChunked},
+    {"chunked-open", ApplyChunkedOpen},
+    {"boundary-quoted", ApplyBoundaryQuoted},
+    {"boundary-bare", ApplyBoundaryBare},
+    {"when", ApplyWhen},
+    {"uid", ApplyUid},
+    {"times", ApplyTimes},
 };
 
 bool ApplyItem(const std::string& item, Fault* fault) {
@@ -118,6 +202,14 @@ bool ParseFault(const std::string& text, Fault* fault, std::string* error) {
     start = end + 1;
   }
   *fault = parsed;
+  return true;
+}
+
+bool FaultMeets(const Fault& fault, const std::string& query) {
+  for (const auto& condition : fault.when) {
+    bool found = false;
+    if (QueryValue(query, condition.first, &found) != condition.second || !found) return false;
+  }
   return true;
 }
 

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace camsim {
 
@@ -14,6 +16,16 @@ enum class FaultAction {
   kCloseMidBody,    // send the headers and half the body (or picture), then close
   kGarbage,         // answer with bytes that are not HTTP, then close
   kPushStall,       // a push sends framesBeforeStall pictures, then nothing more
+  kPushEnd,         // a push sends framesBeforeStall pictures, the closing boundary, and closes
+  kReset,           // send the headers and half the body (or picture), then reset (RST)
+};
+
+// How a text body is framed on the wire.
+enum class BodyFraming {
+  kLength,              // Content-Length (the normal answer)
+  kUntilClose,          // no Content-Length: the close ends the body
+  kChunked,             // Transfer-Encoding: chunked, with the last chunk
+  kChunkedUnterminated  // chunked, but the connection closes before the last chunk
 };
 
 struct Fault {
@@ -22,19 +34,36 @@ struct Fault {
   FaultAction action = FaultAction::kNone;
   std::string omitKey;        // leave out every reply line starting with this key
   size_t longBodyBytes = 0;   // pad the reply body to this many bytes
-  int framesBeforeStall = 1;  // for kPushStall
+  int framesBeforeStall = 1;  // for kPushStall and kPushEnd
   int times = 0;              // 0: until cleared, else only the next N requests
+
+  // Only requests whose query holds every one of these key=value pairs
+  // (e.g. {"CMD", "START"}, {"UID", "3"}) meet the fault; empty: all.
+  std::vector<std::pair<std::string, std::string>> when;
+  size_t lateKeysAt = 0;  // filler lines first, so the first key starts at this byte
+  int dripMs = 0;         // send a text body one byte every dripMs after the head
+  BodyFraming framing = BodyFraming::kLength;
+  bool boundaryQuoted = false;  // push: boundary="..." in the Content-Type
+  bool boundaryBare = false;    // push: parts start with the boundary without "--"
 };
 
 // Reads the text form used on the command line, items joined by ",":
 // "status=503", "delay=200", "noanswer", "close-header", "close-body",
-// "garbage", "long-body" or "long-body=N", "omit=KEY", "push-stall" or
-// "push-stall=N", "times=N". Returns false and sets *error otherwise.
+// "garbage", "reset", "long-body[=N]", "late-keys[=N]", "omit=KEY",
+// "push-stall[=N]", "push-end[=N]", "drip=MS", "no-length", "chunked",
+// "chunked-open", "boundary-quoted", "boundary-bare", "when=KEY=VALUE",
+// "uid=N", "times=N". Returns false and sets *error otherwise.
 bool ParseFault(const std::string& text, Fault* fault, std::string* error);
+
+// True when the query (text after "?") meets the fault's conditions.
+bool FaultMeets(const Fault& fault, const std::string& query);
 
 // The bytes a kGarbage answer sends.
 constexpr char kGarbageBytes[] = "\x01\x02\x03 this is no answer of a web server \xff\xfe\r\n\r\n";
 constexpr size_t kDefaultLongBody = 4096;
+// A late-keys fault without a size puts the keys after the first 2048
+// bytes, beyond the requester's reply buffer.
+constexpr size_t kDefaultLateKeys = 2048;
 
 }  // namespace camsim
 
