@@ -71,7 +71,7 @@ struct Program {
 TEST(Program, RunsSeveralDevicesOnPortZeroAndStopsOnSigterm) {
   Program program;
   ASSERT_TRUE(program.Start({"--listen", "127.0.0.1:0", "--model", "7", "--aenable", "in",
-                             "--fault", "/cgi-bin/h264_I_interval:status=503", "--listen",
+                             "--fault", "/cgi-bin/mpeg4_I_interval:status=503", "--listen",
                              "[::1]:0", "--model", "KEL31"}));
   uint16_t camera = program.Port(0);
   uint16_t recorder = program.Port(1);
@@ -80,7 +80,7 @@ TEST(Program, RunsSeveralDevicesOnPortZeroAndStopsOnSigterm) {
   Response reply = Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264");
   EXPECT_EQ(reply.status, 200);
   EXPECT_EQ(reply.Line("aEnable="), "in");
-  EXPECT_EQ(Get("127.0.0.1", camera, "/cgi-bin/h264_I_interval?stream=1").status, 503);
+  EXPECT_EQ(Get("127.0.0.1", camera, "/cgi-bin/mpeg4_I_interval").status, 503);
   EXPECT_NE(Get("::1", recorder, "/cgi-bin/start.cgi?UID=-1").body.find("strKey = \""),
             std::string::npos);
   int status = program.Stop(SIGTERM);

@@ -54,8 +54,12 @@ TEST_F(QuillonTest, UidUtilKeepsAliveAndReleases) {
   EXPECT_EQ(Fetch("/cgi-bin/push?MODE=START&UID=" + uid).status, 404);
 }
 
-TEST_F(QuillonTest, PresetTakesTheUpperCaseKey) {
-  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=40").status, 200);
+TEST_F(QuillonTest, PresetTakesTheUpperCaseKeyFromOneToSixteen) {
+  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=1").status, 200);
+  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=16").status, 200);
+  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=17").status, 400);
+  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=40").status, 400);
+  EXPECT_EQ(Fetch("/cgi-bin/camctrl?PRESET=0").status, 400);
   EXPECT_EQ(Fetch("/cgi-bin/camctrl?preset=4").status, 400);
 }
 

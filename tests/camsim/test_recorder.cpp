@@ -116,7 +116,7 @@ TEST_F(RecorderTest, PushCgiStreamsAudioOverHttp) {
 
 TEST_F(RecorderTest, PushCgiForRtpAnswersAtOnce) {
   std::string uid = LoggedInUid();
-  for (std::string comp : {"MPEG4", "H264&RES=1", "AUDIO"}) {
+  for (std::string comp : {"MPEG4", "H264", "AUDIO"}) {
     for (std::string cmd : {"START", "STOP"}) {
       std::string line =
           "/cgi-bin/push.cgi?CMD=" + cmd + "&CAM=0&UID=" + uid + "&PORT=6000&COMP=" + comp;

@@ -29,6 +29,7 @@ struct Reply {
 // that guards sessions.
 struct DeviceState {
   int model = 0;
+  unsigned capabilities = 0;  // of the model; Answer fills it in
   ReplyValues values;
   std::string user;
   std::string password;
@@ -41,7 +42,7 @@ Reply Answer(DeviceState& state, const std::string& path, const std::string& que
 // Reply bodies of refusals, so that tests and users can tell them apart.
 extern const char kUnknownUidBody[];   // a UID that was never issued or was released
 extern const char kBadParamBody[];     // a missing or malformed parameter
-extern const char kNotFoundBody[];     // a path this model does not serve
+extern const char kNotFoundBody[];     // a line this model does not serve
 extern const char kLoginFailedBody[];  // recorder login with wrong credentials or key
 
 // Text of the status line for a code ("Not Found"); "Status" if unknown.

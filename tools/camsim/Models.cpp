@@ -10,20 +10,60 @@ namespace {
 struct ModelInfo {
   const char* name;
   Family family;
+  unsigned capabilities;
 };
 
 constexpr Family C = Family::kCamera;
 constexpr Family Q = Family::kQuillon;
 constexpr Family R = Family::kRecorder;
 
+// A camera with the full camera command set but no preset or H.264
+// I-interval; the rows below add what each type has beyond it.
+constexpr unsigned kCam = kSession | kMpeg4Interval | kKeepAlive | kVideo | kAudio | kJpeg;
+// QV262: session, MPEG-4 I-interval, the short keep-alive, video, JPEG.
+constexpr unsigned kQv = kSession | kMpeg4Interval | kShortKeepAlive | kVideo | kJpeg;
+constexpr unsigned kQuil = kSession | kKeepAlive | kJpeg;
+constexpr unsigned kRec = kSession | kKeepAlive | kVideo | kJpeg;
+constexpr unsigned kNone = 0;  // no command at all is built for these types
+
 constexpr ModelInfo kModels[kLastModel + 1] = {
-    {"CAM00", C}, {"CAM01", C}, {"CAM02", C}, {"CAM03", C}, {"CAM04", C}, {"CAM05", C},
-    {"CAM06", Q}, {"CAM07", C}, {"CAM08", C}, {"CAM09", C}, {"CAM10", C}, {"CAM11", C},
-    {"CAM12", C}, {"CAM13", Q}, {"CAM14", C}, {"CAM15", C}, {"CAM16", C}, {"CAM17", C},
-    {"CAM18", C}, {"CAM19", C}, {"CAM20", Q}, {"QV262", C}, {"CAM22", C}, {"CAM23", C},
-    {"CAM24", C}, {"CAM25", C}, {"CAM26", C}, {"CAM27", C}, {"CAM28", C}, {"CAM29", C},
-    {"CAM30", C}, {"KEL31", R}, {"KEL32", R}, {"KEL33", R}, {"KE850", R}, {"KEL35", R},
-    {"KEL36", R},
+    {"CAM00", C, kCam},
+    {"CAM01", C, kCam},
+    {"CAM02", C, kCam},
+    {"CAM03", C, kCam},
+    {"CAM04", C, kCam},
+    {"CAM05", C, kCam},
+    {"CAM06", Q, kQuil},
+    {"CAM07", C, kCam},
+    {"CAM08", C, kNone},
+    {"CAM09", C, kCam | kH264Interval},
+    {"CAM10", C, kCam},
+    {"CAM11", C, kCam | kPreset},
+    {"CAM12", C, kCam | kPreset},
+    {"CAM13", Q, kQuil | kPresetUpTo16},
+    {"CAM14", C, kCam | kPreset},
+    {"CAM15", C, kCam | kPreset},
+    {"CAM16", C, kCam | kPreset},
+    {"CAM17", C, kCam | kPreset},
+    {"CAM18", C, kCam | kPreset},
+    {"CAM19", C, kNone},
+    {"CAM20", Q, kQuil},
+    {"QV262", C, kQv},
+    {"CAM22", C, kCam | kPreset},
+    {"CAM23", C, kNone},
+    {"CAM24", C, kCam | kH264Interval},
+    {"CAM25", C, kCam | kPreset},
+    {"CAM26", C, kCam | kH264Interval},
+    {"CAM27", C, kCam | kH264Interval},
+    {"CAM28", C, kCam | kH264Interval | kPreset},
+    {"CAM29", C, kNone},
+    {"CAM30", C, kCam | kH264Interval | kPreset},
+    {"KEL31", R, kRec},
+    {"KEL32", R, kRec | kLoginAudioKeys},
+    {"KEL33", R, kRec | kLoginAudioKeys},
+    {"KE850", R, kRec | kAudio},
+    {"KEL35", R, kRec | kAudio | kLoginAudioKeys},
+    {"KEL36", R, kRec | kAudio | kH264Res},
 };
 
 bool SameIgnoringCase(const std::string& a, const char* b) {
@@ -38,6 +78,10 @@ bool SameIgnoringCase(const std::string& a, const char* b) {
 
 Family FamilyOf(int model) {
   return kModels[model].family;
+}
+
+unsigned CapabilitiesOf(int model) {
+  return kModels[model].capabilities;
 }
 
 const char* ModelName(int model) {
