@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,18 @@ namespace camsim_test {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kDeadline{5000};
+
+// Checks condition every few milliseconds until it holds or the deadline
+// passes; returns its last value.
+template <typename Condition>
+bool WaitFor(Condition condition, milliseconds timeout = kDeadline) {
+  auto deadline = std::chrono::steady_clock::now() + timeout;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(milliseconds(5));
+  }
+  return true;
+}
 
 struct Response {
   bool complete = false;  // a status line and the blank line after the headers came

@@ -117,7 +117,10 @@ std::string Authenticator::RandomHex(size_t bytes) {
 
 bool Authenticator::Check(const Credentials& credentials, const std::string& method,
                           const std::string& target, const std::string& originTarget,
-                          const std::string& authorization) {
+                          const std::string& authorization, bool* stale) {
+  bool staleNonce = false;
+  if (stale == nullptr) stale = &staleNonce;
+  *stale = false;
   std::string rest;
   switch (credentials.mode) {
     case AuthMode::kNone:
@@ -127,7 +130,7 @@ bool Authenticator::Check(const Credentials& credentials, const std::string& met
     case AuthMode::kDigestMd5:
     case AuthMode::kDigestSha256:
       return StartsWithWord(authorization, "Digest", &rest) &&
-             CheckDigest(credentials, method, target, originTarget, rest);
+             CheckDigest(credentials, method, target, originTarget, rest, stale);
   }
   return false;
 }
@@ -137,21 +140,38 @@ bool Authenticator::CheckBasic(const Credentials& credentials, const std::string
   return DecodeBase64(value, &decoded) && decoded == credentials.user + ":" + credentials.password;
 }
 
-bool Authenticator::KnownNonce(const std::string& nonce) {
+void Authenticator::SetNonceLifetime(std::chrono::milliseconds lifetime) {
   std::lock_guard<std::mutex> lock(mutex_);
-  return std::find(nonces_.begin(), nonces_.end(), nonce) != nonces_.end();
+  lifetime_ = lifetime;
+}
+
+bool Authenticator::TakeNonceCount(const std::string& nonce, const std::string& count,
+                                   bool* stale) {
+  if (count.size() != 8 || count.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+    return false;
+  }
+  unsigned long number = std::stoul(count, nullptr, 16);
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto found = nonces_.find(nonce);
+  if (found == nonces_.end()) return false;
+  if (lifetime_.count() > 0 && Clock::now() - found->second.issued > lifetime_) {
+    *stale = true;
+    return false;
+  }
+  if (number <= found->second.highestCount) return false;
+  found->second.highestCount = number;
+  return true;
 }
 
 bool Authenticator::CheckDigest(const Credentials& credentials, const std::string& method,
                                 const std::string& target, const std::string& originTarget,
-                                const std::string& value) {
+                                const std::string& value, bool* stale) {
   auto params = ParseAuthParams(value);
   bool sha256 = credentials.mode == AuthMode::kDigestSha256;
   std::string algorithm = params.count("algorithm") ? params["algorithm"] : "MD5";
   if (!SameTextIgnoringCase(algorithm, sha256 ? "SHA-256" : "MD5")) return false;
   if (params["qop"] != "auth" || params["username"] != credentials.user ||
-      params["realm"] != credentials.realm || !KnownNonce(params["nonce"]) ||
-      params["nc"].empty() || params["cnonce"].empty()) {
+      params["realm"] != credentials.realm || params["nc"].empty() || params["cnonce"].empty()) {
     return false;
   }
   if (params["uri"] != target && params["uri"] != originTarget) return false;
@@ -163,20 +183,26 @@ bool Authenticator::CheckDigest(const Credentials& credentials, const std::strin
   std::string response = params["response"];
   std::transform(response.begin(), response.end(), response.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return response == expected;
+  // Only a correct answer uses up its nonce count or learns that its
+  // nonce is stale: a wrong password stays a plain refusal.
+  return response == expected && TakeNonceCount(params["nonce"], params["nc"], stale);
 }
 
-std::string Authenticator::Challenge(const Credentials& credentials) {
+std::string Authenticator::Challenge(const Credentials& credentials, bool stale) {
   if (credentials.mode == AuthMode::kBasic || credentials.mode == AuthMode::kNone) {
     return "Basic realm=" + Quote(credentials.realm);
   }
   std::lock_guard<std::mutex> lock(mutex_);
   std::string nonce = RandomHex(16);
-  nonces_.push_back(nonce);
-  if (nonces_.size() > kNoncesKept) nonces_.pop_front();
+  nonces_[nonce].issued = Clock::now();
+  nonceOrder_.push_back(nonce);
+  if (nonceOrder_.size() > kNoncesKept) {
+    nonces_.erase(nonceOrder_.front());
+    nonceOrder_.pop_front();
+  }
   const char* algorithm = credentials.mode == AuthMode::kDigestSha256 ? "SHA-256" : "MD5";
   return "Digest realm=" + Quote(credentials.realm) + ", qop=\"auth\", algorithm=" + algorithm +
-         ", nonce=" + Quote(nonce) + ", opaque=" + Quote(opaque_);
+         ", nonce=" + Quote(nonce) + ", opaque=" + Quote(opaque_) + (stale ? ", stale=true" : "");
 }
 
 }  // namespace camsim

@@ -3,6 +3,7 @@
 #ifndef CAMSIM_AUTH_H
 #define CAMSIM_AUTH_H
 
+#include <chrono>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -29,29 +30,48 @@ std::map<std::string, std::string> ParseAuthParams(const std::string& text);
 
 class Authenticator {
  public:
+  using Clock = std::chrono::steady_clock;
+
   Authenticator();
 
   // True when the request passes: no authentication asked, or a valid
   // Authorization header. target is the request target as sent, path the
   // target in origin form (either is accepted as the digest uri).
+  // A Digest answer must carry a nonce count (nc) above every count seen
+  // before with that nonce; a replayed count is refused. A correct answer
+  // with an expired nonce is refused with *stale set, so that the next
+  // challenge says stale=true.
   bool Check(const Credentials& credentials, const std::string& method, const std::string& target,
-             const std::string& originTarget, const std::string& authorization);
+             const std::string& originTarget, const std::string& authorization,
+             bool* stale = nullptr);
 
   // The WWW-Authenticate value for a 401; a Digest challenge carries a
-  // fresh nonce that Check accepts from then on.
-  std::string Challenge(const Credentials& credentials);
+  // fresh nonce that Check accepts from then on, and stale=true when asked.
+  std::string Challenge(const Credentials& credentials, bool stale = false);
+
+  // How long a nonce is accepted after its challenge (zero: for ever).
+  void SetNonceLifetime(std::chrono::milliseconds lifetime);
 
  private:
+  struct Nonce {
+    Clock::time_point issued;
+    unsigned long highestCount = 0;  // highest nc accepted so far
+  };
+
   bool CheckBasic(const Credentials& credentials, const std::string& value);
   bool CheckDigest(const Credentials& credentials, const std::string& method,
                    const std::string& target, const std::string& originTarget,
-                   const std::string& value);
-  bool KnownNonce(const std::string& nonce);
+                   const std::string& value, bool* stale);
+  // Takes the nonce count; false (and *stale when the nonce expired) if
+  // the nonce is not one of ours, has expired, or the count was used.
+  bool TakeNonceCount(const std::string& nonce, const std::string& count, bool* stale);
   std::string RandomHex(size_t bytes);
 
   std::mutex mutex_;
   std::mt19937_64 random_;
-  std::deque<std::string> nonces_;  // the latest ones handed out
+  std::map<std::string, Nonce> nonces_;
+  std::deque<std::string> nonceOrder_;  // the latest ones handed out, oldest first
+  std::chrono::milliseconds lifetime_{0};
   std::string opaque_;
 };
 

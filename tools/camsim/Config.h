@@ -4,6 +4,7 @@
 #define CAMSIM_CONFIG_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -31,7 +32,17 @@ struct ReplyValues {
   int playMode = 0;                                  // recorder status: "PLAY_MODE="
   double frameRate = 5.0;  // pictures per second when the request names none
   int gray = 128;          // gray level of the pictures pushed
+  // Status of a recorder's answer to a push start (push.cgi?CMD=START):
+  // 0 for the normal answer; 204 gives an empty 204, whose result word
+  // carries 0x204 at the requester. Any other status answers "OK".
+  int pushStartStatus = 0;
 };
+
+// Limits of a device, each documented for the program's users.
+constexpr int kDefaultHeadTimeoutMs = 10000;
+constexpr int kDefaultMaxConnections = 1000;
+constexpr size_t kDefaultRecordLimit = 10000;
+constexpr int kDefaultNonceLifetimeMs = 300000;
 
 struct DeviceConfig {
   std::string address = "127.0.0.1";  // numeric IPv4 or IPv6 address
@@ -43,6 +54,17 @@ struct DeviceConfig {
   std::string realm = "camsim";
   bool startRefusing = false;  // start with the listener closed
   ReplyValues values;
+  // A connection whose head is not complete within this time gets 408.
+  int headTimeoutMs = kDefaultHeadTimeoutMs;
+  // Connections served at once (one thread each); a further one gets 503.
+  int maxConnections = kDefaultMaxConnections;
+  // Requests kept on the record: the last N (older ones are dropped).
+  size_t recordLimit = kDefaultRecordLimit;
+  // A UID without a keep-alive for this long is forgotten; 0: never.
+  int uidExpiryMs = 0;
+  // A Digest nonce is accepted this long after its challenge; then the
+  // answer is refused with stale=true. 0: for ever.
+  int nonceLifetimeMs = kDefaultNonceLifetimeMs;
 };
 
 }  // namespace camsim

@@ -39,7 +39,10 @@ Device::Device(const DeviceConfig& config)
     : model_(config.model),
       address_(config.address),
       config_(config),
-      sessions_(config.values.firstUid) {}
+      sessions_(config.values.firstUid) {
+  sessions_.SetExpiry(std::chrono::milliseconds(config.uidExpiryMs));
+  authenticator_.SetNonceLifetime(std::chrono::milliseconds(config.nonceLifetimeMs));
+}
 
 Device::~Device() {
   Stop();
@@ -94,6 +97,10 @@ void Device::AcceptLoop() {
       if (errno == EMFILE || errno == ENFILE) poll(fds, 1, 50);
       continue;
     }
+    if (OpenConnections() >= static_cast<size_t>(config_.maxConnections)) {
+      TurnAway(fd);
+      continue;
+    }
     std::lock_guard<std::mutex> lock(slotsMutex_);
     slots_.push_back(std::make_unique<Slot>());
     Slot* slot = slots_.back().get();
@@ -128,6 +135,18 @@ void Device::FinishSlot(Slot* slot) {
   slotsChanged_.notify_all();
 }
 
+void Device::TurnAway(int fd) {
+  // Answered on the accepting thread, without reading the request: the
+  // limit is there to keep threads and memory bounded.
+  static const char kBusy[] =
+      "HTTP/1.0 503 Service Unavailable\r\nServer: camsim\r\nContent-Type: text/plain\r\n"
+      "Content-Length: 11\r\nConnection: close\r\n\r\nERROR=BUSY\n";
+  turnedAway_.fetch_add(1);
+  SendAll(fd, kBusy, sizeof kBusy - 1);
+  shutdown(fd, SHUT_WR);
+  close(fd);
+}
+
 void Device::Stop() {
   if (stopping_.exchange(true)) return;
   RaiseSignalFd(stopFd_);
@@ -143,7 +162,18 @@ void Device::Stop() {
 
 void Device::SetFault(const std::string& path, const Fault& fault) {
   std::lock_guard<std::mutex> lock(mutex_);
-  faults_[path] = fault;
+  faults_[path] = {fault};
+}
+
+void Device::AddFault(const std::string& path, const Fault& fault) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  faults_[path].push_back(fault);
+}
+
+size_t Device::FaultCount(const std::string& path) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  auto found = faults_.find(path);
+  return found == faults_.end() ? 0 : found->second.size();
 }
 
 void Device::ClearFault(const std::string& path) {
@@ -181,6 +211,10 @@ void Device::SetValues(const ReplyValues& values) {
   config_.values = values;
 }
 
+void Device::SetNonceLifetime(std::chrono::milliseconds lifetime) {
+  authenticator_.SetNonceLifetime(lifetime);
+}
+
 void Device::SetAuth(AuthMode mode, const std::string& user, const std::string& password) {
   std::lock_guard<std::mutex> lock(mutex_);
   config_.auth = mode;
@@ -190,6 +224,7 @@ void Device::SetAuth(AuthMode mode, const std::string& user, const std::string& 
 
 std::set<int> Device::LiveUids() const {
   std::lock_guard<std::mutex> lock(mutex_);
+  sessions_.ExpireStale();
   return sessions_.Live();
 }
 
@@ -198,24 +233,50 @@ void Device::ForgetUids() {
   sessions_.ReleaseAll();
 }
 
+bool Device::ForgetUid(int uid) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return sessions_.Release(uid);
+}
+
+void Device::SetUidExpiry(std::chrono::milliseconds expiry) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  sessions_.SetExpiry(expiry);
+}
+
+void Device::SetPlayMode(int playMode) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  config_.values.playMode = playMode;
+}
+
+void Device::SetFileName(const std::string& fileName) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  config_.values.fileName = fileName;
+}
+
+void Device::SetPushStartStatus(int status) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  config_.values.pushStartStatus = status;
+}
+
 std::vector<RequestRecord> Device::Requests() const {
   std::lock_guard<std::mutex> lock(mutex_);
-  return records_;
+  return std::vector<RequestRecord>(records_.begin(), records_.end());
 }
 
 size_t Device::RequestCount() const {
   std::lock_guard<std::mutex> lock(mutex_);
-  return records_.size();
+  return requestCount_;
 }
 
 void Device::ClearRequests() {
   std::lock_guard<std::mutex> lock(mutex_);
   records_.clear();
+  requestCount_ = 0;
 }
 
 bool Device::WaitForRequests(size_t count, std::chrono::milliseconds timeout) const {
   std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, timeout, [&] { return records_.size() >= count; });
+  return changed_.wait_for(lock, timeout, [&] { return requestCount_ >= count; });
 }
 
 void Device::SetObserver(std::function<void(const RequestRecord&)> observer) {

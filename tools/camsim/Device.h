@@ -10,6 +10,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <list>
 #include <map>
@@ -51,9 +52,18 @@ class Device {
   int Model() const { return model_; }
 
   // Faults: path as in the request ("/cgi-bin/getuid") or kEveryPath.
+  // A path holds a list of faults, tried in the order they were added: a
+  // request meets the first whose conditions (Fault::when) its query
+  // meets; a fault whose times run out leaves the list, so the next one
+  // takes over. A request that meets none of its path's faults meets the
+  // first of kEveryPath's that it can.
+  // SetFault replaces the path's list by this one fault; AddFault appends.
   void SetFault(const std::string& path, const Fault& fault);
+  void AddFault(const std::string& path, const Fault& fault);
   void ClearFault(const std::string& path);
   void ClearFaults();
+  // Faults still waiting on the path (times not yet run out).
+  size_t FaultCount(const std::string& path) const;
 
   // Refusing connections closes the listening socket (a connect is then
   // refused by the system); accepting opens it again on the same port.
@@ -64,15 +74,31 @@ class Device {
   ReplyValues Values() const;
   void SetValues(const ReplyValues& values);
   void SetAuth(AuthMode mode, const std::string& user, const std::string& password);
+  // How long a Digest nonce is accepted after its challenge (zero: for ever).
+  void SetNonceLifetime(std::chrono::milliseconds lifetime);
 
   std::set<int> LiveUids() const;
   // Forgets every UID, as a camera does when it restarts.
   void ForgetUids();
+  // Forgets one UID; false when it was not known.
+  bool ForgetUid(int uid);
+  // From now on a UID that got no keep-alive (camera keep_alive, Quillon
+  // uidutil KEEPALIVE, recorder status.cgi) for this long is forgotten;
+  // issuing it counts as the first. Zero turns expiry off.
+  void SetUidExpiry(std::chrono::milliseconds expiry);
 
+  // Shorthands of SetValues for the values most often changed while running.
+  void SetPlayMode(int playMode);
+  void SetFileName(const std::string& fileName);
+  void SetPushStartStatus(int status);
+
+  // The record keeps the last DeviceConfig::recordLimit requests, oldest
+  // first. RequestCount counts every request since the start (or the last
+  // ClearRequests), also those that have left the record.
   std::vector<RequestRecord> Requests() const;
   size_t RequestCount() const;
   void ClearRequests();
-  // Waits until at least count requests are on the record.
+  // Waits until at least count requests came (RequestCount() >= count).
   bool WaitForRequests(size_t count, std::chrono::milliseconds timeout) const;
   // Called on the connection's thread for every request, after recording it.
   void SetObserver(std::function<void(const RequestRecord&)> observer);
@@ -80,6 +106,8 @@ class Device {
   size_t OpenConnections() const;
   bool WaitForOpenConnections(size_t count, std::chrono::milliseconds timeout) const;
   uint64_t PicturesSent() const { return picturesSent_.load(); }
+  // Connections turned away with 503 because maxConnections were open.
+  uint64_t ConnectionsTurnedAway() const { return turnedAway_.load(); }
 
  private:
   struct Slot {
@@ -95,14 +123,18 @@ class Device {
   void AcceptLoop();
   void Reap(bool all);
   void FinishSlot(Slot* slot);
+  // Answers 503 on a connection beyond the limit and closes it.
+  void TurnAway(int fd);
 
   // Serving one connection (Serve.cpp).
   void Serve(Slot* slot);
   // refusal: 0 for a request to answer, else the status it gets (400, 431).
   void ServeRequest(int fd, const std::string& peer, const HttpRequest& request, int refusal);
+  void Refuse(int fd, const std::string& peer, const HttpRequest& request, int status);
+  // Puts the request on the record; returns its sequence number.
   size_t Record(const std::string& peer, const HttpRequest& request);
-  void SetRecordStatus(size_t index, int status);
-  bool TakeFault(const std::string& path, Fault* fault);
+  void SetRecordStatus(size_t sequence, int status);
+  bool TakeFault(const HttpRequest& request, Fault* fault);
   bool Authorized(const HttpRequest& request, std::string* challenge);
   Credentials CurrentCredentials() const;
   // A 401 challenge in the device's manner (Basic when it asks for none).
@@ -110,6 +142,7 @@ class Device {
   Reply Dispatch(const HttpRequest& request);
   bool SendText(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault,
                 const std::string& challenge);
+  bool SendBody(int fd, const std::string& body, const Fault& fault);
   void ServePush(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault);
   void ServeAudio(int fd, const HttpRequest& request, const Fault& fault);
   void HoldOpen(int fd);
@@ -123,13 +156,16 @@ class Device {
   mutable std::mutex mutex_;  // guards everything below up to records_
   mutable std::condition_variable changed_;
   DeviceConfig config_;
-  Sessions sessions_;
-  std::map<std::string, Fault> faults_;
-  std::vector<RequestRecord> records_;
+  mutable Sessions sessions_;  // mutable: reading it forgets the expired UIDs
+  std::map<std::string, std::vector<Fault>> faults_;
+  std::deque<RequestRecord> records_;  // the last config_.recordLimit requests
+  size_t requestCount_ = 0;            // every request since the start or a clear
+  size_t requestSequence_ = 0;         // every request since the start
   std::function<void(const RequestRecord&)> observer_;
 
   Authenticator authenticator_;
   std::atomic<uint64_t> picturesSent_{0};
+  std::atomic<uint64_t> turnedAway_{0};
   std::atomic<bool> stopping_{false};
   int stopFd_ = -1;  // readable once the device stops
   int acceptWakeFd_ = -1;

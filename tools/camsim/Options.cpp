@@ -156,6 +156,38 @@ bool ApplyFault(const std::string& value, DeviceOptions* device, std::string* er
   return true;
 }
 
+bool ApplyPushStartStatus(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 999, &device->config.values.pushStartStatus) ||
+         Bad(error, "bad --push-start-status");
+}
+
+bool ApplyHeadTimeout(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 1, 3600000, &device->config.headTimeoutMs) ||
+         Bad(error, "bad --head-timeout");
+}
+
+bool ApplyMaxConnections(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 1, 100000, &device->config.maxConnections) ||
+         Bad(error, "bad --max-connections");
+}
+
+bool ApplyRecord(const std::string& value, DeviceOptions* device, std::string* error) {
+  int limit = 0;
+  if (!ReadInt(value, 1, 100000000, &limit)) return Bad(error, "bad --record");
+  device->config.recordLimit = static_cast<size_t>(limit);
+  return true;
+}
+
+bool ApplyUidExpiry(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 2000000000, &device->config.uidExpiryMs) ||
+         Bad(error, "bad --uid-expiry");
+}
+
+bool ApplyNonceLifetime(const std::string& value, DeviceOptions* device, std::string* error) {
+  return ReadInt(value, 0, 2000000000, &device->config.nonceLifetimeMs) ||
+         Bad(error, "bad --nonce-lifetime");
+}
+
 bool ApplyRefuse(const std::string&, DeviceOptions* device, std::string*) {
   device->config.startRefusing = true;
   return true;
@@ -181,7 +213,19 @@ constexpr DeviceOption kDeviceOptions[] = {
     {"--play-mode", "N", "recorder status: PLAY_MODE=; 0", ApplyPlayMode},
     {"--frame-rate", "R", "pictures per second of a push that names none; 5", ApplyFrameRate},
     {"--gray", "N", "gray level 0..255 of the pictures; 128", ApplyGray},
-    {"--fault", "PATH:FAULT", "a fault on PATH (or * for every path), repeatable", ApplyFault},
+    {"--push-start-status", "N",
+     "recorder push.cgi CMD=START answered with status N (204: empty); 0 normal",
+     ApplyPushStartStatus},
+    {"--uid-expiry", "MS", "forget a UID without keep-alive for MS ms; 0 (never)", ApplyUidExpiry},
+    {"--nonce-lifetime", "MS", "Digest nonce refused (stale=true) after MS ms; 300000 (0: never)",
+     ApplyNonceLifetime},
+    {"--head-timeout", "MS", "408 when the request head is not complete in MS ms; 10000",
+     ApplyHeadTimeout},
+    {"--max-connections", "N", "connections served at once, more get 503; 1000",
+     ApplyMaxConnections},
+    {"--record", "N", "requests kept on the record (the last N); 10000", ApplyRecord},
+    {"--fault", "PATH:FAULT", "a fault on PATH (or * for every path); repeatable, in order",
+     ApplyFault},
     {"--refuse", nullptr, "start with the listener closed (SIGUSR2 opens it)", ApplyRefuse},
 };
 

@@ -17,6 +17,7 @@ struct RequestRecord {
   std::string query;                               // text after "?", empty when none
   std::chrono::system_clock::time_point received;  // when the head was complete
   int status = 0;                                  // status answered (0: no status line was sent)
+  size_t sequence = 0;  // 1 for the first request the device got, counting up (never reset)
 
   // Value of the first header of that name (any case); empty if none.
   std::string Header(const std::string& name) const;

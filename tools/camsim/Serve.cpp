@@ -2,8 +2,10 @@
 // path's fault, check authentication, answer in the model's dialect.
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 
 #include "Device.h"
 #include "Socket.h"
@@ -12,8 +14,6 @@ namespace camsim {
 
 namespace {
 
-// A connection that sends no complete head within this time is closed.
-constexpr int kHeadTimeoutMs = 60000;
 // How long a refused request may go on sending before the close.
 constexpr int kLingerMs = 500;
 constexpr char kBoundary[] = "camsimboundary";
@@ -23,6 +23,9 @@ constexpr size_t kAudioChunk = 400;
 constexpr int kAudioIntervalMs = 100;
 // The first bytes of a status line cut short by a close-header fault.
 constexpr char kCutHead[] = "HTTP/1.0 200 OK\r\nContent-Ty";
+// Bytes per chunk of a chunked body.
+constexpr size_t kChunkBytes = 100;
+constexpr char kFiller[] = "FILLER=0123456789012345678901234567890123456789\r\n";
 
 std::string StatusLine(const HttpRequest& request, int status) {
   std::string version = request.version == "HTTP/1.1" ? "HTTP/1.1" : "HTTP/1.0";
@@ -51,36 +54,105 @@ void OmitKey(std::string* body, const std::string& key) {
   *body = kept;
 }
 
-void PadBody(std::string* body, size_t size) {
-  static const char kFiller[] = "FILLER=0123456789012345678901234567890123456789\r\n";
-  while (body->size() < size) body->append(kFiller);
-  body->resize(size);
+// Filler lines of exactly size bytes, the last one ending in CR LF.
+std::string Filler(size_t size) {
+  std::string filler;
+  while (filler.size() < size) filler.append(kFiller);
+  filler.resize(size);
+  if (size >= 2) filler.replace(size - 2, 2, "\r\n");
+  return filler;
 }
 
-std::string PartHeader(size_t length) {
-  return std::string("--") + kBoundary +
+// A status that carries no body (RFC 9110: 1xx, 204, 304).
+bool Bodiless(int status) {
+  return status < 200 || status == 204 || status == 304;
+}
+
+std::string Chunked(const std::string& body, bool terminated) {
+  std::string wire;
+  for (size_t at = 0; at < body.size(); at += kChunkBytes) {
+    std::string chunk = body.substr(at, kChunkBytes);
+    char size[16];
+    std::snprintf(size, sizeof size, "%zx\r\n", chunk.size());
+    wire += size + chunk + "\r\n";
+  }
+  if (terminated) wire += "0\r\n\r\n";
+  return wire;
+}
+
+std::string FramingHeader(BodyFraming framing, size_t length) {
+  switch (framing) {
+    case BodyFraming::kLength:
+      return "Content-Length: " + std::to_string(length) + "\r\n";
+    case BodyFraming::kUntilClose:
+      return "";
+    case BodyFraming::kChunked:
+    case BodyFraming::kChunkedUnterminated:
+      return "Transfer-Encoding: chunked\r\n";
+  }
+  return "";
+}
+
+std::string FramedBody(BodyFraming framing, const std::string& body) {
+  if (framing == BodyFraming::kChunked) return Chunked(body, true);
+  if (framing == BodyFraming::kChunkedUnterminated) return Chunked(body, false);
+  return body;
+}
+
+// Both halves of a fault that cuts an answer short: what may still be sent.
+bool CutsShort(const Fault& fault) {
+  return fault.action == FaultAction::kCloseMidBody || fault.action == FaultAction::kReset;
+}
+
+std::string PartHeader(const Fault& fault, size_t length) {
+  return std::string(fault.boundaryBare ? "" : "--") + kBoundary +
          "\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
+}
+
+std::string PushType(const Fault& fault) {
+  std::string boundary = fault.boundaryQuoted ? std::string("\"") + kBoundary + "\"" : kBoundary;
+  return "multipart/x-mixed-replace;boundary=" + boundary;
+}
+
+int RemainingMs(std::chrono::steady_clock::time_point deadline) {
+  auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  return left.count() < 0 ? 0 : static_cast<int>(left.count());
 }
 
 }  // namespace
 
 void Device::Serve(Slot* slot) {
   int fd = slot->fd;
+  int timeoutMs = 0;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    timeoutMs = config_.headTimeoutMs;
+  }
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   std::string data;
   size_t headEnd = std::string::npos;
+  WaitResult waited = WaitResult::kReady;
   while ((headEnd = FindHeadEnd(data)) == std::string::npos && data.size() <= kMaxHeadBytes) {
-    if (WaitReadable(fd, stopFd_, kHeadTimeoutMs) != WaitResult::kReady) break;
+    waited = WaitReadable(fd, stopFd_, RemainingMs(deadline));
+    if (waited != WaitResult::kReady) break;
     char buffer[4096];
     ssize_t got = recv(fd, buffer, sizeof buffer, 0);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) break;
     data.append(buffer, static_cast<size_t>(got));
   }
-  if (headEnd != std::string::npos || data.size() > kMaxHeadBytes) {
+  // The limit holds for the head as a whole, wherever a read ended.
+  bool tooLong =
+      headEnd == std::string::npos ? data.size() > kMaxHeadBytes : headEnd > kMaxHeadBytes;
+  bool timedOut = headEnd == std::string::npos && waited == WaitResult::kTimeout;
+  if (headEnd != std::string::npos || tooLong || (timedOut && !data.empty())) {
     HttpRequest request;
     int refusal = 0;
-    if (headEnd == std::string::npos) {
+    if (tooLong) {
       refusal = 431;
+    } else if (timedOut) {
+      refusal = 408;
     } else if (!ParseRequestHead(data.substr(0, headEnd), &request)) {
       refusal = 400;
     }
@@ -88,6 +160,9 @@ void Device::Serve(Slot* slot) {
       request.requestLine = data.substr(0, data.find_first_of("\r\n"));
     }
     ServeRequest(fd, slot->peer, request, refusal);
+  } else if (timedOut) {
+    // Nothing came at all: answered, but not a request to record.
+    Refuse(fd, "", HttpRequest(), 408);
   }
   FinishSlot(slot);
 }
@@ -101,31 +176,44 @@ size_t Device::Record(const std::string& peer, const HttpRequest& request) {
   record.query = request.query;
   record.received = std::chrono::system_clock::now();
   std::function<void(const RequestRecord&)> observer;
-  size_t index = 0;
   {
     std::lock_guard<std::mutex> lock(mutex_);
-    index = records_.size();
+    record.sequence = ++requestSequence_;
+    ++requestCount_;
     records_.push_back(record);
+    while (records_.size() > std::max<size_t>(config_.recordLimit, 1)) records_.pop_front();
     observer = observer_;
   }
   changed_.notify_all();
   if (observer) observer(record);
-  return index;
+  return record.sequence;
 }
 
-void Device::SetRecordStatus(size_t index, int status) {
+void Device::SetRecordStatus(size_t sequence, int status) {
   std::lock_guard<std::mutex> lock(mutex_);
-  if (index < records_.size()) records_[index].status = status;
+  for (auto it = records_.rbegin(); it != records_.rend(); ++it) {
+    if (it->sequence == sequence) {
+      it->status = status;
+      return;
+    }
+  }
 }
 
-bool Device::TakeFault(const std::string& path, Fault* fault) {
+bool Device::TakeFault(const HttpRequest& request, Fault* fault) {
   std::lock_guard<std::mutex> lock(mutex_);
-  auto found = faults_.find(path);
-  if (found == faults_.end()) found = faults_.find(kEveryPath);
-  if (found == faults_.end()) return false;
-  *fault = found->second;
-  if (found->second.times > 0 && --found->second.times == 0) faults_.erase(found);
-  return true;
+  for (const std::string& path : {request.path, std::string(kEveryPath)}) {
+    auto found = faults_.find(path);
+    if (found == faults_.end()) continue;
+    std::vector<Fault>& list = found->second;
+    for (auto it = list.begin(); it != list.end(); ++it) {
+      if (!FaultMeets(*it, request.query)) continue;
+      *fault = *it;
+      if (it->times > 0 && --it->times == 0) list.erase(it);
+      if (list.empty()) faults_.erase(found);
+      return true;
+    }
+  }
+  return false;
 }
 
 Credentials Device::CurrentCredentials() const {
@@ -144,15 +232,18 @@ bool Device::Authorized(const HttpRequest& request, std::string* challenge) {
   for (const auto& header : request.headers) {
     if (SameTextIgnoringCase(header.first, "Authorization")) authorization = header.second;
   }
-  if (authenticator_.Check(credentials, request.method, request.target, origin, authorization)) {
+  bool stale = false;
+  if (authenticator_.Check(credentials, request.method, request.target, origin, authorization,
+                           &stale)) {
     return true;
   }
-  *challenge = authenticator_.Challenge(credentials);
+  *challenge = authenticator_.Challenge(credentials, stale);
   return false;
 }
 
 Reply Device::Dispatch(const HttpRequest& request) {
   std::lock_guard<std::mutex> lock(mutex_);
+  sessions_.ExpireStale();
   DeviceState state;
   state.model = model_;
   state.values = config_.values;
@@ -162,29 +253,32 @@ Reply Device::Dispatch(const HttpRequest& request) {
   return Answer(state, request.path, request.query);
 }
 
+void Device::Refuse(int fd, const std::string& peer, const HttpRequest& request, int status) {
+  if (!peer.empty()) SetRecordStatus(Record(peer, request), status);
+  Reply reply;
+  reply.status = status;
+  reply.body = "ERROR=" + std::to_string(status) + "\r\n";
+  SendText(fd, request, reply, Fault(), "");
+  // The client may still be sending; closing on unread bytes would reset
+  // the connection and lose the answer, so let it finish first.
+  shutdown(fd, SHUT_WR);
+  Pause(fd, stopFd_, kLingerMs);
+}
+
 void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& request,
                           int refusal) {
-  size_t index = Record(peer, request);
-  Fault none;
-  Reply reply;
   if (refusal == 0 && request.method != "GET") refusal = 405;
   if (refusal != 0) {
-    reply.status = refusal;
-    reply.body = "ERROR=" + std::to_string(refusal) + "\r\n";
-    SetRecordStatus(index, reply.status);
-    SendText(fd, request, reply, none, "");
-    // The client may still be sending; closing on unread bytes would reset
-    // the connection and lose the answer, so let it finish first.
-    shutdown(fd, SHUT_WR);
-    Pause(fd, stopFd_, kLingerMs);
+    Refuse(fd, peer, request, refusal);
     return;
   }
+  size_t sequence = Record(peer, request);
   Fault fault;
-  bool faulty = TakeFault(request.path, &fault);
+  bool faulty = TakeFault(request, &fault);
   if (faulty && fault.delayMs > 0 && Pause(fd, stopFd_, fault.delayMs) != WaitResult::kTimeout) {
     return;
   }
-  if (!faulty) fault = none;
+  if (!faulty) fault = Fault();
   switch (fault.action) {
     case FaultAction::kNoAnswer:
       HoldOpen(fd);
@@ -198,6 +292,7 @@ void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& re
     default:
       break;
   }
+  Reply reply;
   std::string challenge;
   if (fault.status != 0) {
     reply.status = fault.status;
@@ -209,7 +304,7 @@ void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& re
   } else {
     reply = Dispatch(request);
   }
-  SetRecordStatus(index, reply.status);
+  SetRecordStatus(sequence, reply.status);
   switch (reply.kind) {
     case BodyKind::kJpegPush:
       ServePush(fd, request, reply, fault);
@@ -221,29 +316,39 @@ void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& re
       SendText(fd, request, reply, fault, challenge);
       break;
   }
+  if (fault.action == FaultAction::kReset) ResetOnClose(fd);
 }
 
 bool Device::SendText(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault,
                       const std::string& challenge) {
   std::string body = reply.body;
   if (!fault.omitKey.empty()) OmitKey(&body, fault.omitKey);
-  if (fault.longBodyBytes > body.size()) PadBody(&body, fault.longBodyBytes);
-  std::string extra = "Content-Length: " + std::to_string(body.size()) + "\r\n";
+  if (fault.lateKeysAt > 0) body = Filler(fault.lateKeysAt) + body;
+  if (fault.longBodyBytes > body.size()) body += Filler(fault.longBodyBytes - body.size());
+  bool bodiless = Bodiless(reply.status);
+  if (bodiless) body.clear();
+  std::string extra = bodiless ? "" : FramingHeader(fault.framing, body.size());
   if (!challenge.empty()) extra += "WWW-Authenticate: " + challenge + "\r\n";
   std::string head = Head(request, reply.status, "text/plain", extra);
-  if (fault.action == FaultAction::kCloseMidBody) {
-    return SendAll(fd, head + body.substr(0, body.size() / 2));
+  std::string wire = FramedBody(fault.framing, body);
+  if (CutsShort(fault)) return SendAll(fd, head + wire.substr(0, wire.size() / 2));
+  if (fault.dripMs > 0) {
+    if (!SendAll(fd, head)) return false;
+    for (char byte : wire) {
+      if (Pause(fd, stopFd_, fault.dripMs) != WaitResult::kTimeout) return false;
+      if (!SendAll(fd, &byte, 1)) return false;
+    }
+    return true;
   }
-  return SendAll(fd, head + body);
+  return SendAll(fd, head + wire);
 }
 
 void Device::ServePush(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault) {
   int gray = Values().gray;
   std::string picture = MakeGrayJpeg(reply.size.width, reply.size.height, gray);
-  std::string part = PartHeader(picture.size()) + picture + "\r\n";
-  std::string type = std::string("multipart/x-mixed-replace;boundary=") + kBoundary;
-  if (!SendAll(fd, Head(request, 200, type, ""))) return;
-  if (fault.action == FaultAction::kCloseMidBody) {
+  std::string part = PartHeader(fault, picture.size()) + picture + "\r\n";
+  if (!SendAll(fd, Head(request, 200, PushType(fault), ""))) return;
+  if (CutsShort(fault)) {
     SendAll(fd, part.substr(0, part.size() / 2));
     return;
   }
@@ -252,6 +357,10 @@ void Device::ServePush(int fd, const HttpRequest& request, const Reply& reply, c
   for (long sent = 0;; ++sent) {
     if (fault.action == FaultAction::kPushStall && sent >= fault.framesBeforeStall) {
       HoldOpen(fd);
+      return;
+    }
+    if (fault.action == FaultAction::kPushEnd && sent >= fault.framesBeforeStall) {
+      SendAll(fd, std::string(fault.boundaryBare ? "" : "--") + kBoundary + "--\r\n");
       return;
     }
     if (!SendAll(fd, part)) return;
@@ -274,11 +383,12 @@ void Device::ServeAudio(int fd, const HttpRequest& request, const Fault& fault) 
       HoldOpen(fd);
       return;
     }
+    if (fault.action == FaultAction::kPushEnd && sent >= fault.framesBeforeStall) return;
     for (size_t i = 0; i < chunk.size(); ++i) {
       chunk[i] = static_cast<char>((sent * kAudioChunk + i) & 0xFF);
     }
-    size_t size = fault.action == FaultAction::kCloseMidBody ? chunk.size() / 2 : chunk.size();
-    if (!SendAll(fd, chunk.data(), size) || fault.action == FaultAction::kCloseMidBody) return;
+    size_t size = CutsShort(fault) ? chunk.size() / 2 : chunk.size();
+    if (!SendAll(fd, chunk.data(), size) || CutsShort(fault)) return;
     if (Pause(fd, stopFd_, kAudioIntervalMs) != WaitResult::kTimeout) return;
   }
 }

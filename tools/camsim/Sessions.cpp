@@ -1,6 +1,7 @@
 #include "Sessions.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace camsim {
 
@@ -15,7 +16,7 @@ Sessions::Sessions(int firstUid) : next_(firstUid), random_(std::random_device{}
 int Sessions::IssueUid() {
   while (live_.count(next_) != 0 || next_ < 0) next_ = next_ < 0 ? 0 : next_ + 1;
   int uid = next_++;
-  live_.insert(uid);
+  live_[uid] = Clock::now();
   return uid;
 }
 
@@ -29,6 +30,27 @@ bool Sessions::Release(int uid) {
 
 void Sessions::ReleaseAll() {
   live_.clear();
+}
+
+std::set<int> Sessions::Live() const {
+  std::set<int> uids;
+  for (const auto& entry : live_) uids.insert(entry.first);
+  return uids;
+}
+
+bool Sessions::Refresh(int uid) {
+  auto found = live_.find(uid);
+  if (found == live_.end()) return false;
+  found->second = Clock::now();
+  return true;
+}
+
+void Sessions::ExpireStale() {
+  if (expiry_.count() <= 0) return;
+  Clock::time_point oldest = Clock::now() - expiry_;
+  for (auto it = live_.begin(); it != live_.end();) {
+    it = it->second < oldest ? live_.erase(it) : std::next(it);
+  }
 }
 
 std::string Sessions::OfferKey() {

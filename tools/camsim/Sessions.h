@@ -3,7 +3,9 @@
 #ifndef CAMSIM_SESSIONS_H
 #define CAMSIM_SESSIONS_H
 
+#include <chrono>
 #include <deque>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -12,6 +14,8 @@ namespace camsim {
 
 class Sessions {
  public:
+  using Clock = std::chrono::steady_clock;
+
   explicit Sessions(int firstUid);
 
   int IssueUid();
@@ -19,8 +23,17 @@ class Sessions {
   // Forgets the UID; false when it was not known.
   bool Release(int uid);
   void ReleaseAll();
-  std::set<int> Live() const { return live_; }
+  std::set<int> Live() const;
   void SetNextUid(int uid) { next_ = uid; }
+
+  // A UID that no keep-alive refreshed for this long is forgotten (zero:
+  // never). Issuing a UID counts as its first refresh.
+  void SetExpiry(std::chrono::milliseconds expiry) { expiry_ = expiry; }
+  std::chrono::milliseconds Expiry() const { return expiry_; }
+  // A keep-alive for a known UID; false when it is not known.
+  bool Refresh(int uid);
+  // Forgets every UID whose last refresh is older than the expiry.
+  void ExpireStale();
 
   // A fresh recorder key of six letters and digits.
   std::string OfferKey();
@@ -31,7 +44,8 @@ class Sessions {
 
  private:
   int next_;
-  std::set<int> live_;
+  std::map<int, Clock::time_point> live_;  // UID, its last refresh
+  std::chrono::milliseconds expiry_{0};
   std::deque<std::string> keys_;
   std::mt19937 random_;
 };

@@ -66,6 +66,13 @@ bool SendAll(int fd, const char* data, size_t size) {
   return true;
 }
 
+void ResetOnClose(int fd) {
+  linger hard{};
+  hard.l_onoff = 1;
+  hard.l_linger = 0;
+  setsockopt(fd, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+}
+
 bool MakeAddress(const std::string& text, uint16_t port, sockaddr_storage* address,
                  socklen_t* length) {
   std::memset(address, 0, sizeof *address);

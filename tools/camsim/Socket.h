@@ -27,6 +27,10 @@ inline bool SendAll(int fd, const std::string& data) {
   return SendAll(fd, data.data(), data.size());
 }
 
+// Makes the coming close of fd reset the connection (RST) instead of
+// ending it in order.
+void ResetOnClose(int fd);
+
 // Fills *address from a numeric IPv4 or IPv6 text and port; false if the
 // text is no address.
 bool MakeAddress(const std::string& text, uint16_t port, sockaddr_storage* address,

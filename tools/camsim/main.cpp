@@ -43,13 +43,18 @@ std::vector<std::unique_ptr<camsim::Device>> StartDevices(const camsim::Options&
                    wanted.config.address.c_str(), wanted.config.port, error.c_str());
       return {};
     }
-    for (const auto& fault : wanted.faults) device->SetFault(fault.first, fault.second);
+    for (const auto& fault : wanted.faults) device->AddFault(fault.first, fault.second);
     if (options.verbose) {
       device->SetObserver([i](const camsim::RequestRecord& record) { PrintRecord(i, record); });
     }
-    std::printf("camsim: device %zu model %d (%s) listening on %s port %u\n", i, device->Model(),
-                camsim::ModelName(device->Model()), device->Address().c_str(), device->Port());
     devices.push_back(std::move(device));
+  }
+  // Only once every device listens: a script must never read the port of
+  // a program that is about to exit.
+  for (size_t i = 0; i < devices.size(); ++i) {
+    const camsim::Device& device = *devices[i];
+    std::printf("camsim: device %zu model %d (%s) listening on %s port %u\n", i, device.Model(),
+                camsim::ModelName(device.Model()), device.Address().c_str(), device.Port());
   }
   std::fflush(stdout);
   return devices;
