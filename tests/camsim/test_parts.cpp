@@ -79,8 +79,37 @@ TEST(FaultText, EveryItem) {
   ASSERT_TRUE(camsim::ParseFault("push-stall=4", &fault, &error));
   EXPECT_EQ(fault.action, camsim::FaultAction::kPushStall);
   EXPECT_EQ(fault.framesBeforeStall, 4);
+  ASSERT_TRUE(camsim::ParseFault("when=CMD=START,uid=7,status=503", &fault, &error)) << error;
+  ASSERT_EQ(fault.when.size(), 2u);
+  EXPECT_EQ(fault.when[0], (std::pair<std::string, std::string>{"CMD", "START"}));
+  EXPECT_EQ(fault.when[1], (std::pair<std::string, std::string>{"UID", "7"}));
+  EXPECT_TRUE(camsim::FaultMeets(fault, "CMD=START&CAM=0&UID=7&COMP=JPEG"));
+  EXPECT_FALSE(camsim::FaultMeets(fault, "CMD=STOP&UID=7"));
+  EXPECT_FALSE(camsim::FaultMeets(fault, "CMD=START&UID=70"));
+  EXPECT_TRUE(camsim::FaultMeets(camsim::Fault(), "anything=1"));
+  ASSERT_TRUE(camsim::ParseFault("when=FLAG=", &fault, &error));
+  EXPECT_TRUE(camsim::FaultMeets(fault, "FLAG="));
+  EXPECT_FALSE(camsim::FaultMeets(fault, "OTHER=1")) << "an absent key is not an empty value";
+  ASSERT_TRUE(camsim::ParseFault("reset", &fault, &error));
+  EXPECT_EQ(fault.action, camsim::FaultAction::kReset);
+  ASSERT_TRUE(camsim::ParseFault("push-end=3,boundary-quoted,boundary-bare", &fault, &error));
+  EXPECT_EQ(fault.action, camsim::FaultAction::kPushEnd);
+  EXPECT_EQ(fault.framesBeforeStall, 3);
+  EXPECT_TRUE(fault.boundaryQuoted);
+  EXPECT_TRUE(fault.boundaryBare);
+  ASSERT_TRUE(camsim::ParseFault("drip=20,late-keys", &fault, &error));
+  EXPECT_EQ(fault.dripMs, 20);
+  EXPECT_EQ(fault.lateKeysAt, camsim::kDefaultLateKeys);
+  ASSERT_TRUE(camsim::ParseFault("late-keys=2100,no-length", &fault, &error));
+  EXPECT_EQ(fault.lateKeysAt, 2100u);
+  EXPECT_EQ(fault.framing, camsim::BodyFraming::kUntilClose);
+  ASSERT_TRUE(camsim::ParseFault("chunked", &fault, &error));
+  EXPECT_EQ(fault.framing, camsim::BodyFraming::kChunked);
+  ASSERT_TRUE(camsim::ParseFault("chunked-open", &fault, &error));
+  EXPECT_EQ(fault.framing, camsim::BodyFraming::kChunkedUnterminated);
   for (const char* bad : {"", "status=abc", "status=42", "long-body=100", "noanswer=1", "explode",
-                          "omit=", "delay=-5"}) {
+                          "omit=", "delay=-5", "when=", "when=CMD", "when==x", "uid=x", "drip=0",
+                          "drip", "reset=1", "chunked=1", "late-keys=0", "boundary-bare=1"}) {
     EXPECT_FALSE(camsim::ParseFault(bad, &fault, &error)) << bad;
   }
 }
@@ -190,13 +219,57 @@ TEST(CommandLine, Refusals) {
 
 TEST(CommandLine, HelpListsEveryOption) {
   std::string usage = camsim::UsageText();
-  for (const char* option :
-       {"--help",       "--verbose",     "--listen",     "--model",    "--auth",     "--user",
-        "--password",   "--realm",       "--uid-start",  "--abitrate", "--aenable",  "--delivery",
-        "--multi-addr", "--multi-addr6", "--multi-port", "--uni-port", "--ain-port", "--filename",
-        "--play-mode",  "--frame-rate",  "--gray",       "--fault",    "--refuse",   "status=",
-        "delay=",       "noanswer",      "close-header", "close-body", "garbage",    "long-body",
-        "omit=",        "push-stall",    "times="}) {
+  for (const char* option : {"--help",
+                             "--verbose",
+                             "--listen",
+                             "--model",
+                             "--auth",
+                             "--user",
+                             "--password",
+                             "--realm",
+                             "--uid-start",
+                             "--abitrate",
+                             "--aenable",
+                             "--delivery",
+                             "--multi-addr",
+                             "--multi-addr6",
+                             "--multi-port",
+                             "--uni-port",
+                             "--ain-port",
+                             "--filename",
+                             "--play-mode",
+                             "--frame-rate",
+                             "--gray",
+                             "--fault",
+                             "--refuse",
+                             "status=",
+                             "delay=",
+                             "noanswer",
+                             "close-header",
+                             "close-body",
+                             "garbage",
+                             "long-body",
+                             "omit=",
+                             "push-stall",
+                             "times=",
+                             "--push-start-status",
+                             "--uid-expiry",
+                             "--nonce-lifetime",
+                             "--head-timeout",
+                             "--max-connections",
+                             "--record",
+                             "--control",
+                             "reset",
+                             "push-end",
+                             "drip=",
+                             "late-keys",
+                             "no-length",
+                             "chunked",
+                             "chunked-open",
+                             "boundary-quoted",
+                             "boundary-bare",
+                             "when=",
+                             "uid="}) {
     EXPECT_NE(usage.find(option), std::string::npos) << option;
   }
 }

@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+#include "Device.h"
+#include "LoginTransform.h"
 #include "TestClient.h"
 #include "gtest/gtest.h"
 
@@ -38,10 +40,14 @@ struct Program {
     return rc == 0;
   }
   // Port printed for device n, read from the start-up lines.
-  uint16_t Port(int device) {
-    std::string mark = "camsim: device " + std::to_string(device) + " ";
+  uint16_t Port(int device) { return PortAfter("camsim: device " + std::to_string(device) + " "); }
+  uint16_t ControlPort() { return PortAfter("camsim: control listening"); }
+  // Port at the end of the start-up line that begins with mark.
+  uint16_t PortAfter(const std::string& mark) {
     std::string line;
+    auto deadline = std::chrono::steady_clock::now() + kDeadline;
     while (true) {
+      if (std::chrono::steady_clock::now() > deadline) return 0;
       size_t at = text.find(mark);
       size_t end = at == std::string::npos ? at : text.find('\n', at);
       if (end != std::string::npos) {
@@ -121,6 +127,85 @@ TEST(Program, HelpAndBadOptions) {
   waitpid(bad.pid, &badStatus, 0);
   bad.pid = -1;
   EXPECT_EQ(WEXITSTATUS(badStatus), 2);
+}
+
+TEST(Program, NoListeningLineWhenADeviceCannotListen) {
+  // A port that is taken: bound and listening here.
+  camsim::DeviceConfig config;
+  std::string error;
+  auto taken = camsim::Device::Start(config, &error);
+  ASSERT_NE(taken, nullptr) << error;
+  Program program;
+  ASSERT_TRUE(
+      program.Start({"--listen", "127.0.0.1:0", "--listen",
+                     "127.0.0.1:" + std::to_string(taken->Port()), "--listen", "127.0.0.1:0"}));
+  bool closed = false;
+  std::string out = ReadUntilClose(program.out, kDeadline, &closed);
+  EXPECT_TRUE(closed);
+  int status = 0;
+  waitpid(program.pid, &status, 0);
+  program.pid = -1;
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_EQ(out.find("listening"), std::string::npos) << out;
+}
+
+// Sends one control line and reads its one answer line.
+std::string Control(int fd, const std::string& line) {
+  if (!SendText(fd, line + "\n")) return "send failed";
+  std::string answer;
+  if (!ReadUntil(fd, &answer, "\n", kDeadline)) return "no answer";
+  return answer.substr(0, answer.find('\n'));
+}
+
+TEST(Program, ControlSocketChangesDevicesWhileRunning) {
+  Program program;
+  ASSERT_TRUE(program.Start({"--control", "127.0.0.1:0", "--listen", "127.0.0.1:0", "--model", "7",
+                             "--listen", "127.0.0.1:0", "--model", "KEL33"}));
+  uint16_t camera = program.Port(0);
+  uint16_t recorder = program.Port(1);
+  uint16_t control = program.ControlPort();
+  ASSERT_NE(camera, 0);
+  ASSERT_NE(recorder, 0);
+  ASSERT_NE(control, 0);
+  int fd = Connect("127.0.0.1", control);
+  ASSERT_GE(fd, 0);
+  std::string uid = Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264").Line("UID=");
+  std::string keepAlive = "/cgi-bin/keep_alive?mode=h264&protocol=rtp&page=1&UID=" + uid;
+  EXPECT_EQ(Get("127.0.0.1", camera, keepAlive).status, 200);
+  EXPECT_EQ(Control(fd, "0 forget-uids"), "OK");
+  EXPECT_EQ(Get("127.0.0.1", camera, keepAlive).status, 404);
+  EXPECT_EQ(Control(fd, "0 fault /cgi-bin/getuid:status=503,times=1"), "OK");
+  EXPECT_EQ(Control(fd, "0 fault /cgi-bin/getuid:status=500,times=1"), "OK");
+  EXPECT_EQ(Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264").status, 503);
+  EXPECT_EQ(Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264").status, 500);
+  EXPECT_EQ(Control(fd, "0 refuse"), "OK");
+  EXPECT_LT(Connect("127.0.0.1", camera), 0);
+  EXPECT_EQ(Control(fd, "0 accept"), "OK");
+  EXPECT_EQ(Get("127.0.0.1", camera, "/cgi-bin/mpeg4_I_interval").status, 200);
+  EXPECT_EQ(Control(fd, "1 play-mode 5"), "OK");
+  EXPECT_EQ(Control(fd, "1 filename =CH03.DAT"), "OK");
+  EXPECT_EQ(Control(fd, "1 uid-expiry 0"), "OK");
+  EXPECT_EQ(Control(fd, "1 push-start-status 204"), "OK");
+  EXPECT_EQ(Control(fd, "1 clear-faults"), "OK");
+  EXPECT_EQ(Control(fd, "2 refuse").rfind("ERROR ", 0), 0u) << "no device 2";
+  EXPECT_EQ(Control(fd, "0 explode").rfind("ERROR ", 0), 0u);
+  EXPECT_EQ(Control(fd, "0 play-mode").rfind("ERROR ", 0), 0u);
+  EXPECT_EQ(Control(fd, "0 refuse now").rfind("ERROR ", 0), 0u);
+  EXPECT_EQ(Control(fd, "0 fault status=500").rfind("ERROR ", 0), 0u);
+  EXPECT_EQ(Control(fd, "0 forget-uid 999").rfind("ERROR ", 0), 0u);
+  close(fd);
+  // The recorder's status shows the changes.
+  Response start = Get("127.0.0.1", recorder, "/cgi-bin/start.cgi?UID=-1");
+  std::string key = start.body.substr(10, start.body.find('"', 10) - 10);
+  Response login = Get("127.0.0.1", recorder,
+                       "/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(key, "admin") +
+                           "&PASS=" + camsim::LoginTransform(key, "password") + "&KEY=" + key);
+  Response status = Get("127.0.0.1", recorder,
+                        "/cgi-bin/status.cgi?UID=" + login.Line("UID=") + "&HTML=as_status.html");
+  EXPECT_EQ(status.Line("PLAY_MODE="), "5");
+  EXPECT_EQ(status.Line("FILENAME"), "=CH03.DAT");
+  EXPECT_EQ(program.Stop(SIGTERM), 0);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "Control.h"
 #include "Models.h"
 #include "Socket.h"
 
@@ -277,6 +278,12 @@ bool ParseOptions(const std::vector<std::string>& args, Options* options, std::s
       options->help = true;
     } else if (args[i] == "--verbose" || args[i] == "-v") {
       options->verbose = true;
+    } else if (args[i] == "--control") {
+      if (i + 1 >= args.size()) return Bad(error, "--control needs ADDR:PORT");
+      if (!ParseListen(args[++i], &options->controlAddress, &options->controlPort)) {
+        return Bad(error, "bad --control \"" + args[i] + "\", want ADDR:PORT or [ADDR6]:PORT");
+      }
+      options->control = true;
     } else if (args[i] == "--listen") {
       if (i + 1 >= args.size()) return Bad(error, "--listen needs ADDR:PORT");
       DeviceOptions device;
@@ -293,18 +300,25 @@ bool ParseOptions(const std::vector<std::string>& args, Options* options, std::s
 
 std::string UsageText() {
   std::string text =
-      "usage: camsim --listen ADDR:PORT [device options] [--listen ADDR:PORT ...]\n"
+      "usage: camsim [--verbose] [--control ADDR:PORT] --listen ADDR:PORT [device options]\n"
+      "              [--listen ADDR:PORT [device options]] ...\n"
       "\n"
-      "Simulates network cameras and KEL recorders for libCCamRequester. Each\n"
-      "--listen starts one device; the device options after it apply to it.\n"
-      "PORT 0 lets the system choose; the bound port is printed on start-up as\n"
+      "Simulates network cameras, Quillon cameras and KEL recorders for\n"
+      "libCCamRequester. Each --listen starts one device; the device options\n"
+      "after it apply to it. PORT 0 lets the system choose. Once every device\n"
+      "(and the control socket) listens, one line each is printed:\n"
       "  camsim: device N model M (NAME) listening on ADDR port PORT\n"
-      "Runs until SIGINT or SIGTERM. SIGUSR1 closes every listener (connections\n"
-      "are refused), SIGUSR2 opens them again.\n"
+      "  camsim: control listening on ADDR port PORT\n"
+      "If any cannot listen, nothing of the kind is printed and the exit status is 1.\n"
+      "Runs until SIGINT or SIGTERM (exit 0). SIGUSR1 closes every listener\n"
+      "(connections are refused), SIGUSR2 opens them again. Exit status 2: bad\n"
+      "command line.\n"
       "\n"
       "Global options:\n"
       "  --help, -h              this text\n"
       "  --verbose, -v           print every request received to standard error\n"
+      "  --control ADDR:PORT     take run-time changes as text lines on this TCP\n"
+      "                          socket, one answer line each (OK or ERROR ...)\n"
       "  --listen ADDR:PORT      start a device on a numeric address, IPv6 in\n"
       "                          brackets: 127.0.0.1:8080, [::1]:0\n"
       "\n"
@@ -317,17 +331,36 @@ std::string UsageText() {
   }
   text +=
       "\n"
+      "Each camera type answers only the lines of its row of the camera-type\n"
+      "table; other lines get 404 ERROR=NOT_FOUND (see tools/camsim/README.md).\n"
+      "\n"
       "FAULT, items joined by commas:\n"
-      "  status=N           answer with status N (401 carries a challenge)\n"
+      "  status=N           answer with status N (401 carries a challenge, 204 no body)\n"
       "  delay=MS           wait MS milliseconds before answering\n"
       "  noanswer           answer nothing and hold the connection open\n"
       "  close-header       close in the middle of the status line and headers\n"
       "  close-body         close after half the body (or half the first picture)\n"
+      "  reset              like close-body, but end with a reset (RST)\n"
       "  garbage            answer with bytes that are not HTTP\n"
       "  long-body[=N]      pad the reply body to N bytes (more than 2048; 4096)\n"
+      "  late-keys[=N]      filler lines first, the keys from byte N on (2048)\n"
       "  omit=KEY           leave out reply lines starting with KEY, e.g. aEnable=\n"
+      "  drip=MS            send the body one byte every MS milliseconds\n"
+      "  no-length          no Content-Length: the close ends the body\n"
+      "  chunked            Transfer-Encoding: chunked\n"
+      "  chunked-open       chunked, closed before the last chunk\n"
       "  push-stall[=N]     a push or audio stream sends N parts (1), then nothing\n"
-      "  times=N            only the next N requests on that path (0: until cleared)\n";
+      "  push-end[=N]       a push or audio stream sends N parts (1), then ends\n"
+      "  boundary-quoted    push: boundary=\"camsimboundary\"\n"
+      "  boundary-bare      push: parts begin with the boundary without --\n"
+      "  when=KEY=VALUE     only requests whose query holds KEY=VALUE (repeatable)\n"
+      "  uid=N              only requests for UID N\n"
+      "  times=N            only the next N requests on that path (0: until cleared)\n"
+      "Several --fault on one path are served in order: a request meets the first\n"
+      "whose when/uid it meets; one whose times ran out gives way to the next.\n"
+      "\n"
+      "Control lines (--control), DEVICE is the number of the --listen, from 0:\n";
+  text += ControlCommandsText();
   return text;
 }
 

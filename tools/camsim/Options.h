@@ -3,6 +3,7 @@
 #ifndef CAMSIM_OPTIONS_H
 #define CAMSIM_OPTIONS_H
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@ struct DeviceOptions {
 struct Options {
   bool help = false;
   bool verbose = false;
+  bool control = false;  // --control given
+  std::string controlAddress;
+  uint16_t controlPort = 0;
   std::vector<DeviceOptions> devices;
 };
 

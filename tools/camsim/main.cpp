@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Control.h"
 #include "Device.h"
 #include "Models.h"
 #include "Options.h"
@@ -49,15 +50,23 @@ std::vector<std::unique_ptr<camsim::Device>> StartDevices(const camsim::Options&
     }
     devices.push_back(std::move(device));
   }
-  // Only once every device listens: a script must never read the port of
-  // a program that is about to exit.
+  return devices;
+}
+
+// Only once everything listens: a script must never read the port of a
+// program that is about to exit.
+void PrintListening(const std::vector<std::unique_ptr<camsim::Device>>& devices,
+                    const camsim::Options& options, const camsim::ControlServer& control) {
   for (size_t i = 0; i < devices.size(); ++i) {
     const camsim::Device& device = *devices[i];
     std::printf("camsim: device %zu model %d (%s) listening on %s port %u\n", i, device.Model(),
                 camsim::ModelName(device.Model()), device.Address().c_str(), device.Port());
   }
+  if (options.control) {
+    std::printf("camsim: control listening on %s port %u\n", options.controlAddress.c_str(),
+                control.Port());
+  }
   std::fflush(stdout);
-  return devices;
 }
 
 }  // namespace
@@ -86,6 +95,17 @@ int main(int argc, char** argv) {
 
   auto devices = StartDevices(options);
   if (devices.empty()) return 1;
+  camsim::ControlServer control;
+  if (options.control) {
+    std::vector<camsim::Device*> targets;
+    for (auto& device : devices) targets.push_back(device.get());
+    if (!control.Start(options.controlAddress, options.controlPort, targets, &error)) {
+      std::fprintf(stderr, "camsim: control on %s port %u: %s\n", options.controlAddress.c_str(),
+                   options.controlPort, error.c_str());
+      return 1;
+    }
+  }
+  PrintListening(devices, options, control);
   for (;;) {
     int number = 0;
     if (sigwait(&signals, &number) != 0) continue;
@@ -98,6 +118,7 @@ int main(int argc, char** argv) {
       }
     }
   }
+  control.Stop();
   for (auto& device : devices) device->Stop();
   std::printf("camsim: stopped\n");
   return 0;
