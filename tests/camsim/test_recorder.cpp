@@ -1,6 +1,7 @@
 // The KEL recorders (camera types 31 to 36): key, login, push, status, logout.
 #include "CamKelCrypt.h"
 #include "Fixture.h"
+#include "LoginTransform.h"
 
 namespace camsim_test {
 namespace {
@@ -164,6 +165,38 @@ TEST(RecorderModels, ThirtyOneToThirtySixAreRecorders) {
     ASSERT_NE(device, nullptr);
     Response reply = Get("127.0.0.1", device->Port(), "/cgi-bin/start.cgi?UID=-1");
     EXPECT_NE(reply.body.find("strKey = \""), std::string::npos) << model;
+  }
+}
+
+}  // namespace
+}  // namespace camsim_test
+
+namespace camsim_test {
+namespace {
+
+// camsim's own transform against the worked values of the protocol and
+// against the requester's transform, written apart from it.
+TEST(LoginTransform, WorkedValues) {
+  std::string fortyOnes;
+  for (int i = 0; i < 32; ++i) fortyOnes += "41";
+  EXPECT_EQ(camsim::LoginTransform("", "A"), fortyOnes);
+  std::string keyed = camsim::LoginTransform("\x01", "A");
+  EXPECT_EQ(keyed.substr(0, 4), "3f3d");
+  EXPECT_EQ(keyed.size(), 64u);
+  std::string longName(40, 'n');
+  longName[35] = 'x';
+  EXPECT_EQ(camsim::LoginTransform("k3Y9", longName),
+            camsim::LoginTransform("k3Y9", longName.substr(0, 32)));
+  EXPECT_EQ(camsim::LoginTransform("abc", "").size(), 64u);
+  EXPECT_NE(camsim::LoginTransform("abc", "user1"), camsim::LoginTransform("abc", "user2"));
+}
+
+TEST(LoginTransform, AgreesWithTheRequesters) {
+  for (const char* key : {"", "a", "Zx9", "abc123", "ZZZZZZ", "\x7f\x80"}) {
+    for (const char* data : {"", "admin", "password", "s3cret!",
+                             "0123456789012345678901234567890123", "\xff\xfe\x01"}) {
+      EXPECT_EQ(camsim::LoginTransform(key, data), Transform(key, data)) << key << " " << data;
+    }
   }
 }
 
