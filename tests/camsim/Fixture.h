@@ -8,6 +8,8 @@
 #include <string>
 
 #include "Device.h"
+#include "Fault.h"
+#include "LoginTransform.h"
 #include "TestClient.h"
 
 namespace camsim_test {
@@ -23,6 +25,27 @@ inline std::unique_ptr<camsim::Device> StartDevice(
   auto device = camsim::Device::Start(config, &error);
   EXPECT_NE(device, nullptr) << error;
   return device;
+}
+
+// The key in a recorder's start.cgi reply ("" when there is none).
+inline std::string RecorderKey(const Response& start) {
+  const std::string mark = "strKey = \"";
+  size_t at = start.body.find(mark);
+  if (at == std::string::npos) return "";
+  size_t begin = at + mark.size();
+  size_t end = start.body.find('"', begin);
+  return end == std::string::npos ? "" : start.body.substr(begin, end - begin);
+}
+
+// A recorder login as the requester makes it: start.cgi for a key, then
+// ulogin.cgi with the credentials transformed by camsim's own transform.
+inline Response RecorderLogin(const std::string& address, uint16_t port,
+                              const std::string& user = "admin",
+                              const std::string& password = "password") {
+  std::string key = RecorderKey(Get(address, port, "/cgi-bin/start.cgi?UID=-1"));
+  return Get(address, port,
+             "/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(key, user) + "&PASS=" +
+                 camsim::LoginTransform(key, password) + "&KEY=" + key + "&TEMP=1234567");
 }
 
 class DeviceTest : public ::testing::Test {
@@ -41,6 +64,23 @@ class DeviceTest : public ::testing::Test {
     Response reply = Fetch("/cgi-bin/getuid?FILE=2&vcodec=h264");
     EXPECT_EQ(reply.status, 200);
     return std::atoi(reply.Line("UID=").c_str());
+  }
+
+  // The UID of a recorder login with the default credentials ("" if none).
+  std::string RecorderUid() { return RecorderLogin(address_, device_->Port()).Line("UID="); }
+  // A fault in its text form: SetFaultText replaces the path's faults,
+  // AddFaultText appends to them.
+  void SetFaultText(const std::string& path, const std::string& text) {
+    camsim::Fault fault;
+    std::string error;
+    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
+    device_->SetFault(path, fault);
+  }
+  void AddFaultText(const std::string& path, const std::string& text) {
+    camsim::Fault fault;
+    std::string error;
+    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
+    device_->AddFault(path, fault);
   }
 
   std::string address_;

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include "Fixture.h"
-#include "LoginTransform.h"
 
 namespace camsim_test {
 namespace {
@@ -12,17 +11,11 @@ constexpr char kGetUid[] = "/cgi-bin/getuid?FILE=2&vcodec=h264";
 class FaultTest : public DeviceTest {
  protected:
   void SetUp() override { Use(7); }
-  void SetFault(const std::string& path, const std::string& text) {
-    camsim::Fault fault;
-    std::string error;
-    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
-    device_->SetFault(path, fault);
-  }
 };
 
 TEST_F(FaultTest, StatusCodesAndClearing) {
   for (int status : {401, 404, 500, 503}) {
-    SetFault("/cgi-bin/getuid", "status=" + std::to_string(status));
+    SetFaultText("/cgi-bin/getuid", "status=" + std::to_string(status));
     Response reply = Fetch(kGetUid);
     EXPECT_EQ(reply.status, status);
     EXPECT_EQ(reply.Line("UID="), "");
@@ -36,8 +29,8 @@ TEST_F(FaultTest, StatusCodesAndClearing) {
 }
 
 TEST_F(FaultTest, EveryPathAndClearAll) {
-  SetFault(camsim::kEveryPath, "status=500");
-  SetFault("/cgi-bin/mpeg4_I_interval", "status=404");
+  SetFaultText(camsim::kEveryPath, "status=500");
+  SetFaultText("/cgi-bin/mpeg4_I_interval", "status=404");
   EXPECT_EQ(Fetch(kGetUid).status, 500);
   EXPECT_EQ(Fetch("/cgi-bin/mpeg4_I_interval").status, 404) << "a path's own fault wins";
   device_->ClearFaults();
@@ -46,14 +39,14 @@ TEST_F(FaultTest, EveryPathAndClearAll) {
 }
 
 TEST_F(FaultTest, TimesLimitsTheFault) {
-  SetFault("/cgi-bin/getuid", "status=503,times=2");
+  SetFaultText("/cgi-bin/getuid", "status=503,times=2");
   EXPECT_EQ(Fetch(kGetUid).status, 503);
   EXPECT_EQ(Fetch(kGetUid).status, 503);
   EXPECT_EQ(Fetch(kGetUid).status, 200);
 }
 
 TEST_F(FaultTest, DelayHoldsTheAnswerBack) {
-  SetFault("/cgi-bin/getuid", "delay=300");
+  SetFaultText("/cgi-bin/getuid", "delay=300");
   auto start = std::chrono::steady_clock::now();
   Response reply = Fetch(kGetUid);
   EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(300));
@@ -62,7 +55,7 @@ TEST_F(FaultTest, DelayHoldsTheAnswerBack) {
 }
 
 TEST_F(FaultTest, NoAnswerHoldsTheConnectionOpen) {
-  SetFault("/cgi-bin/getuid", "noanswer");
+  SetFaultText("/cgi-bin/getuid", "noanswer");
   int fd = Connect(address_, device_->Port());
   ASSERT_GE(fd, 0);
   SendText(fd, std::string("GET ") + kGetUid + " HTTP/1.0\r\n\r\n");
@@ -77,7 +70,7 @@ TEST_F(FaultTest, NoAnswerHoldsTheConnectionOpen) {
 }
 
 TEST_F(FaultTest, CloseMidHeader) {
-  SetFault("/cgi-bin/getuid", "close-header");
+  SetFaultText("/cgi-bin/getuid", "close-header");
   Response reply = Fetch(kGetUid);
   EXPECT_TRUE(reply.closed);
   EXPECT_FALSE(reply.complete);
@@ -85,7 +78,7 @@ TEST_F(FaultTest, CloseMidHeader) {
 }
 
 TEST_F(FaultTest, CloseMidBody) {
-  SetFault("/cgi-bin/getuid", "close-body");
+  SetFaultText("/cgi-bin/getuid", "close-body");
   Response reply = Fetch(kGetUid);
   ASSERT_TRUE(reply.complete);
   EXPECT_TRUE(reply.closed);
@@ -94,7 +87,7 @@ TEST_F(FaultTest, CloseMidBody) {
 }
 
 TEST_F(FaultTest, CloseMidPicture) {
-  SetFault("/cgi-bin/jpeg", "close-body");
+  SetFaultText("/cgi-bin/jpeg", "close-body");
   std::string uid = std::to_string(CameraUid());
   PushReader push;
   ASSERT_TRUE(push.Open(address_, device_->Port(), "/cgi-bin/jpeg?connect=start&UID=" + uid));
@@ -104,7 +97,7 @@ TEST_F(FaultTest, CloseMidPicture) {
 }
 
 TEST_F(FaultTest, GarbageIsNotHttp) {
-  SetFault("/cgi-bin/getuid", "garbage");
+  SetFaultText("/cgi-bin/getuid", "garbage");
   Response reply = Fetch(kGetUid);
   EXPECT_TRUE(reply.closed);
   EXPECT_FALSE(reply.raw.empty());
@@ -112,25 +105,25 @@ TEST_F(FaultTest, GarbageIsNotHttp) {
 }
 
 TEST_F(FaultTest, LongBodyKeepsTheKeysAndExceeds2048Bytes) {
-  SetFault("/cgi-bin/getuid", "long-body");
+  SetFaultText("/cgi-bin/getuid", "long-body");
   Response reply = Fetch(kGetUid);
   EXPECT_EQ(reply.status, 200);
   EXPECT_GT(reply.body.size(), 2048u);
   EXPECT_EQ(reply.body.size(),
             static_cast<size_t>(std::atoi(reply.Header("Content-Length").c_str())));
   EXPECT_EQ(reply.Line("UID="), "1");
-  SetFault("/cgi-bin/getuid", "long-body=10000");
+  SetFaultText("/cgi-bin/getuid", "long-body=10000");
   EXPECT_EQ(Fetch(kGetUid).body.size(), 10000u);
 }
 
 TEST_F(FaultTest, OmitLeavesAKeyOut) {
-  SetFault("/cgi-bin/getuid", "omit=aEnable=");
+  SetFaultText("/cgi-bin/getuid", "omit=aEnable=");
   Response reply = Fetch(kGetUid);
   bool found = true;
   reply.Line("aEnable=", &found);
   EXPECT_FALSE(found);
   EXPECT_EQ(reply.Line("aBitrate="), "32");
-  SetFault("/cgi-bin/getuid", "omit=UID=");
+  SetFaultText("/cgi-bin/getuid", "omit=UID=");
   reply = Fetch(kGetUid);
   reply.Line("UID=", &found);
   EXPECT_FALSE(found);
@@ -138,7 +131,7 @@ TEST_F(FaultTest, OmitLeavesAKeyOut) {
 }
 
 TEST_F(FaultTest, PushStallStopsSendingPictures) {
-  SetFault("/cgi-bin/jpeg", "push-stall=2");
+  SetFaultText("/cgi-bin/jpeg", "push-stall=2");
   std::string uid = std::to_string(CameraUid());
   PushReader push;
   ASSERT_TRUE(
@@ -154,7 +147,7 @@ TEST_F(FaultTest, AudioStreamStallsAndClosesMidway) {
   std::string uid = std::to_string(CameraUid());
   const std::string line =
       "GET /cgi-bin/audio?connect=start&protocol=http&UID=" + uid + "&page=1 HTTP/1.0\r\n\r\n";
-  SetFault("/cgi-bin/audio", "push-stall=2");
+  SetFaultText("/cgi-bin/audio", "push-stall=2");
   int fd = Connect(address_, device_->Port());
   SendText(fd, line);
   bool closed = true;
@@ -164,7 +157,7 @@ TEST_F(FaultTest, AudioStreamStallsAndClosesMidway) {
   EXPECT_EQ(head.status, 200);
   EXPECT_EQ(head.body.size(), 800u) << "two tenths of a second of audio, then nothing";
   close(fd);
-  SetFault("/cgi-bin/audio", "close-body");
+  SetFaultText("/cgi-bin/audio", "close-body");
   fd = Connect(address_, device_->Port());
   SendText(fd, line);
   Response cut = ParseResponse(ReadUntilClose(fd, kDeadline, &closed));
@@ -213,12 +206,7 @@ namespace {
 // Several faults on one path, and faults met only by some requests.
 class FaultChoiceTest : public DeviceTest {
  protected:
-  void Add(const std::string& path, const std::string& text) {
-    camsim::Fault fault;
-    std::string error;
-    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
-    device_->AddFault(path, fault);
-  }
+  void Add(const std::string& path, const std::string& text) { AddFaultText(path, text); }
   int Status(const std::string& target) { return Fetch(target).status; }
 };
 
@@ -262,14 +250,8 @@ TEST_F(FaultChoiceTest, ConditionsAreAllMetAndTimesCountOnlyMetRequests) {
   Use(34);
   Add("/cgi-bin/push.cgi", "when=CMD=START,when=COMP=MPEG4,status=503,times=1");
   Add("/cgi-bin/push.cgi", "when=CMD=STOP,status=500,times=1");
-  // Log in through the recorder's own exchange.
-  Response key = Fetch("/cgi-bin/start.cgi?UID=-1");
-  ASSERT_EQ(key.status, 200);
-  std::string value = key.body.substr(10, key.body.find('"', 10) - 10);
-  Response login = Fetch("/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(value, "admin") +
-                         "&PASS=" + camsim::LoginTransform(value, "password") + "&KEY=" + value);
-  ASSERT_EQ(login.status, 200);
-  std::string uid = login.Line("UID=");
+  std::string uid = RecorderUid();
+  ASSERT_FALSE(uid.empty());
   std::string h264 = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=" + uid + "&PORT=6000&COMP=H264";
   std::string mpeg4 = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=" + uid + "&PORT=6000&COMP=MPEG4";
   std::string stop = "/cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=" + uid + "&PORT=6000&COMP=MPEG4";

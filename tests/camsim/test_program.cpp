@@ -7,9 +7,7 @@
 
 #include <cstdio>
 
-#include "Device.h"
-#include "LoginTransform.h"
-#include "TestClient.h"
+#include "Fixture.h"
 #include "gtest/gtest.h"
 
 extern char** environ;
@@ -196,11 +194,7 @@ TEST(Program, ControlSocketChangesDevicesWhileRunning) {
   EXPECT_EQ(Control(fd, "0 forget-uid 999").rfind("ERROR ", 0), 0u);
   close(fd);
   // The recorder's status shows the changes.
-  Response start = Get("127.0.0.1", recorder, "/cgi-bin/start.cgi?UID=-1");
-  std::string key = start.body.substr(10, start.body.find('"', 10) - 10);
-  Response login = Get("127.0.0.1", recorder,
-                       "/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(key, "admin") +
-                           "&PASS=" + camsim::LoginTransform(key, "password") + "&KEY=" + key);
+  Response login = RecorderLogin("127.0.0.1", recorder);
   Response status = Get("127.0.0.1", recorder,
                         "/cgi-bin/status.cgi?UID=" + login.Line("UID=") + "&HTML=as_status.html");
   EXPECT_EQ(status.Line("PLAY_MODE="), "5");

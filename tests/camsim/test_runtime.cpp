@@ -1,7 +1,6 @@
 // Changes while a device runs: UIDs forgotten or expired, recorder status
 // values, the answer to a recorder's push start.
 #include "Fixture.h"
-#include "LoginTransform.h"
 
 namespace camsim_test {
 namespace {
@@ -11,20 +10,6 @@ constexpr char kKeepAlive[] = "/cgi-bin/keep_alive?mode=h264&protocol=rtp&page=1
 class RuntimeTest : public DeviceTest {
  protected:
   bool Alive(int uid) { return device_->LiveUids().count(uid) != 0; }
-
-  // A recorder login through start.cgi and ulogin.cgi; the UID or "".
-  std::string RecorderLogin() {
-    Response start = Fetch("/cgi-bin/start.cgi?UID=-1");
-    const std::string mark = "strKey = \"";
-    size_t at = start.body.find(mark);
-    if (at == std::string::npos) return "";
-    std::string key = start.body.substr(at + mark.size(), 6);
-    key = key.substr(0, key.find('"'));
-    Response login =
-        Fetch("/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(key, "admin") +
-              "&PASS=" + camsim::LoginTransform(key, "password") + "&KEY=" + key + "&TEMP=1");
-    return login.Line("UID=");
-  }
 };
 
 TEST_F(RuntimeTest, ForgettingOneUid) {
@@ -73,7 +58,7 @@ TEST_F(RuntimeTest, AUidWithoutKeepAliveExpires) {
 
 TEST_F(RuntimeTest, RecorderStatusKeepsTheUidAlive) {
   Use(31);
-  std::string uid = RecorderLogin();
+  std::string uid = RecorderUid();
   ASSERT_FALSE(uid.empty());
   device_->SetUidExpiry(milliseconds(300));
   auto start = std::chrono::steady_clock::now();
@@ -86,7 +71,7 @@ TEST_F(RuntimeTest, RecorderStatusKeepsTheUidAlive) {
 
 TEST_F(RuntimeTest, PlayModeAndFileNameChangeWhileRunning) {
   Use(35);
-  std::string uid = RecorderLogin();
+  std::string uid = RecorderUid();
   ASSERT_FALSE(uid.empty());
   std::string status = "/cgi-bin/status.cgi?UID=" + uid + "&HTML=as_status.html";
   EXPECT_EQ(Fetch(status).Line("PLAY_MODE="), "0");
@@ -100,7 +85,7 @@ TEST_F(RuntimeTest, PlayModeAndFileNameChangeWhileRunning) {
 
 TEST_F(RuntimeTest, PushStartAnsweredWith204CarriesNoBody) {
   Use(34);
-  std::string uid = RecorderLogin();
+  std::string uid = RecorderUid();
   ASSERT_FALSE(uid.empty());
   device_->SetPushStartStatus(204);
   std::string start = "/cgi-bin/push.cgi?CMD=START&CAM=1&UID=" + uid + "&PORT=6000&COMP=H264";
@@ -127,7 +112,7 @@ TEST_F(RuntimeTest, PushStartStatusIsAReplyValue) {
   device_ = camsim::Device::Start(config, &error);
   ASSERT_NE(device_, nullptr) << error;
   address_ = "127.0.0.1";
-  std::string uid = RecorderLogin();
+  std::string uid = RecorderUid();
   Response reply =
       Fetch("/cgi-bin/push.cgi?CMD=START&CAM=0&UID=" + uid + "&PORT=6000&COMP=H264&RES=1");
   EXPECT_EQ(reply.status, 202);

@@ -2,7 +2,6 @@
 // table of the requester's protocol, typed in here row by row: a line the
 // type's row does not have is refused with 404 and the NOT_FOUND body.
 #include "Fixture.h"
-#include "LoginTransform.h"
 
 namespace camsim_test {
 namespace {
@@ -133,13 +132,8 @@ TEST_F(TypeTest, QuillonCamerasAnswerTheirDialectAndOnlyThirteenAPreset) {
 class RecorderTypeTest : public TypeTest {
  protected:
   std::string Login() {
-    Response start = Fetch("/cgi-bin/start.cgi?UID=-1");
-    std::string key = start.body.substr(10, start.body.find('"', 10) - 10);
-    Response login =
-        Fetch("/cgi-bin/ulogin.cgi?USER=" + camsim::LoginTransform(key, "admin") +
-              "&PASS=" + camsim::LoginTransform(key, "password") + "&KEY=" + key + "&TEMP=1234567");
-    last_ = login;
-    return login.Line("UID=");
+    last_ = RecorderLogin(address_, device_->Port());
+    return last_.Line("UID=");
   }
   Response last_;
 };

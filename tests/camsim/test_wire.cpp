@@ -50,12 +50,6 @@ bool Unchunk(const std::string& wire, std::string* body) {
 class WireTest : public DeviceTest {
  protected:
   void SetUp() override { Use(7); }
-  void SetFault(const std::string& path, const std::string& text) {
-    camsim::Fault fault;
-    std::string error;
-    ASSERT_TRUE(camsim::ParseFault(text, &fault, &error)) << error;
-    device_->SetFault(path, fault);
-  }
   int OpenWith(const std::string& target) {
     int fd = Connect(address_, device_->Port());
     SendText(fd, "GET " + target + " HTTP/1.0\r\n\r\n");
@@ -64,7 +58,7 @@ class WireTest : public DeviceTest {
 };
 
 TEST_F(WireTest, ResetCutsATextAnswer) {
-  SetFault("/cgi-bin/getuid", "reset");
+  SetFaultText("/cgi-bin/getuid", "reset");
   int fd = OpenWith(kGetUid);
   bool reset = false;
   std::string data = ReadToEnd(fd, &reset);
@@ -76,7 +70,7 @@ TEST_F(WireTest, ResetCutsATextAnswer) {
 }
 
 TEST_F(WireTest, ResetCutsAPush) {
-  SetFault("/cgi-bin/jpeg", "reset");
+  SetFaultText("/cgi-bin/jpeg", "reset");
   std::string uid = std::to_string(CameraUid());
   int fd = OpenWith("/cgi-bin/jpeg?connect=start&UID=" + uid);
   bool reset = false;
@@ -86,7 +80,7 @@ TEST_F(WireTest, ResetCutsAPush) {
 }
 
 TEST_F(WireTest, PushEndsCleanlyAfterNPictures) {
-  SetFault("/cgi-bin/jpeg", "push-end=2");
+  SetFaultText("/cgi-bin/jpeg", "push-end=2");
   std::string uid = std::to_string(CameraUid());
   PushReader push;
   ASSERT_TRUE(
@@ -101,7 +95,7 @@ TEST_F(WireTest, PushEndsCleanlyAfterNPictures) {
 }
 
 TEST_F(WireTest, AudioEndsCleanlyAfterNChunks) {
-  SetFault("/cgi-bin/audio", "push-end=3");
+  SetFaultText("/cgi-bin/audio", "push-end=3");
   std::string uid = std::to_string(CameraUid());
   int fd = OpenWith("/cgi-bin/audio?connect=start&protocol=http&UID=" + uid + "&page=1");
   bool reset = true;
@@ -113,7 +107,7 @@ TEST_F(WireTest, AudioEndsCleanlyAfterNChunks) {
 }
 
 TEST_F(WireTest, DripSendsTheBodySlowlyAfterTheHead) {
-  SetFault(kShort, "drip=60");
+  SetFaultText(kShort, "drip=60");
   auto start = std::chrono::steady_clock::now();
   int fd = OpenWith(kShort);
   std::string data;
@@ -129,19 +123,19 @@ TEST_F(WireTest, DripSendsTheBodySlowlyAfterTheHead) {
 }
 
 TEST_F(WireTest, LateKeysStartAfterByte2047) {
-  SetFault("/cgi-bin/getuid", "late-keys");
+  SetFaultText("/cgi-bin/getuid", "late-keys");
   Response reply = Fetch(kGetUid);
   EXPECT_EQ(reply.status, 200);
   EXPECT_EQ(reply.body.find("UID="), 2048u);
   EXPECT_EQ(reply.Line("UID="), "1");
   EXPECT_EQ(reply.Line("iMultiPort="), "5000");
   EXPECT_EQ(reply.Header("Content-Length"), std::to_string(reply.body.size()));
-  SetFault("/cgi-bin/getuid", "late-keys=3000");
+  SetFaultText("/cgi-bin/getuid", "late-keys=3000");
   EXPECT_EQ(Fetch(kGetUid).body.find("UID="), 3000u);
 }
 
 TEST_F(WireTest, BodyEndedByTheClose) {
-  SetFault("/cgi-bin/getuid", "no-length");
+  SetFaultText("/cgi-bin/getuid", "no-length");
   Response reply = Fetch(kGetUid);
   EXPECT_EQ(reply.status, 200);
   EXPECT_EQ(reply.Header("Content-Length"), "");
@@ -151,7 +145,7 @@ TEST_F(WireTest, BodyEndedByTheClose) {
 }
 
 TEST_F(WireTest, ChunkedBodyWithAndWithoutItsLastChunk) {
-  SetFault("/cgi-bin/getuid", "chunked,long-body=3000");
+  SetFaultText("/cgi-bin/getuid", "chunked,long-body=3000");
   Response reply = Fetch(kGetUid);
   EXPECT_EQ(reply.Header("Transfer-Encoding"), "chunked");
   EXPECT_EQ(reply.Header("Content-Length"), "");
@@ -159,7 +153,7 @@ TEST_F(WireTest, ChunkedBodyWithAndWithoutItsLastChunk) {
   ASSERT_TRUE(Unchunk(reply.body, &body));
   EXPECT_EQ(body.size(), 3000u);
   EXPECT_EQ(body.rfind("UID=1\r\n", 0), 0u);
-  SetFault("/cgi-bin/getuid", "chunked-open");
+  SetFaultText("/cgi-bin/getuid", "chunked-open");
   Response open = Fetch(kGetUid);
   EXPECT_EQ(open.Header("Transfer-Encoding"), "chunked");
   EXPECT_FALSE(Unchunk(open.body, &body)) << "the last chunk never comes";
@@ -170,14 +164,14 @@ TEST_F(WireTest, ChunkedBodyWithAndWithoutItsLastChunk) {
 TEST_F(WireTest, PushBoundaryQuotedAndBare) {
   std::string uid = std::to_string(CameraUid());
   std::string target = "/cgi-bin/jpeg?connect=start&framerate=30&UID=" + uid;
-  SetFault("/cgi-bin/jpeg", "boundary-quoted,push-end=1");
+  SetFaultText("/cgi-bin/jpeg", "boundary-quoted,push-end=1");
   int fd = OpenWith(target);
   bool reset = false;
   Response quoted = ParseResponse(ReadToEnd(fd, &reset));
   close(fd);
   EXPECT_EQ(quoted.Header("Content-Type"), "multipart/x-mixed-replace;boundary=\"camsimboundary\"");
   EXPECT_EQ(quoted.body.rfind("--camsimboundary\r\nContent-Type: image/jpeg\r\n", 0), 0u);
-  SetFault("/cgi-bin/jpeg", "boundary-bare,push-end=1");
+  SetFaultText("/cgi-bin/jpeg", "boundary-bare,push-end=1");
   fd = OpenWith(target);
   Response bare = ParseResponse(ReadToEnd(fd, &reset));
   close(fd);
@@ -187,7 +181,7 @@ TEST_F(WireTest, PushBoundaryQuotedAndBare) {
 }
 
 TEST_F(WireTest, A204FaultHasNoBody) {
-  SetFault("/cgi-bin/getuid", "status=204");
+  SetFaultText("/cgi-bin/getuid", "status=204");
   Response reply = Fetch(kGetUid);
   EXPECT_EQ(reply.statusLine, "HTTP/1.0 204 No Content");
   EXPECT_TRUE(reply.body.empty());
