@@ -156,7 +156,9 @@ class CCamRequester {
   std::atomic<uint32_t> iChildThreadIndex;  // thread identity, queue address ("TINDEX")
   int32_t iCamNo;                           // camera number of the UID message
   std::atomic<int32_t> iConnectStatus;      // session state, CAM_HTTP_STS_*
-  int32_t iStartRetry;                      // 1 = repeat the stream start (Retrymutex)
+  // 1 = repeat the stream start; set and served under Retrymutex, also read
+  // outside it (the HTTP requester's stream start).
+  std::atomic<int32_t> iStartRetry;
   int32_t iLastUidResult;                   // last flag sent in a UID message
   int32_t m_iErrorCount;                    // consecutive connection errors
   uint8_t m_fErrorStat;                     // 1 while an error is reported upward

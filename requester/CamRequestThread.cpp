@@ -7,6 +7,7 @@
 
 #include "CCamRequester.h"
 #include "CamConstants.h"
+#include "CamScoped.h"
 #include "kxcom.h"
 
 namespace {
@@ -259,20 +260,16 @@ bool CCamRequester::RunRestart() {
 // Serves a start retry under Retrymutex; false when the thread is being stopped.
 bool CCamRequester::RunRetryStep() {
   if (bThreadLoop == 0) return false;
-  pthread_mutex_lock(&Retrymutex);
+  camses::RetryLock sLock(Retrymutex);
   if (iStartRetry == 1) {
     StreamStartCommand();
     if (bKeepAlive == 1 && bStartReq == 1) {
-      if (bThreadLoop == 0) {
-        pthread_mutex_unlock(&Retrymutex);
-        return false;
-      }
+      if (bThreadLoop == 0) return false;
       SetKeeAliveCount(kKeepAliveTicks);
       SendKeepAliveCommand();
     }
     iStartRetry = 0;
   }
-  pthread_mutex_unlock(&Retrymutex);
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "CamNotify.h"
 #include "CamTypes.h"
 #include "kxhttp.h"
 
@@ -121,8 +122,8 @@ int CloseSessionPush(CCamRequester& rReq, CamRequesterFields& rF) {
                         static_cast<void*>(rF.psSession));
   if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP || rF.iCmdType == CAM_REQUESTER_CMD_G726_HTTP) {
     // The upper layer lets go of the handle before it is closed.
-    if (rF.p_notify_to_upper != nullptr && rF.m_iDestruct != 1) {
-      rF.p_notify_to_upper->NotifyCamRequesterHandle(rF.iUid, nullptr);
+    if (CCamRequesterNotify* pUpper = camses::UpperLayer(rF)) {
+      pUpper->NotifyCamRequesterHandle(rF.iUid, nullptr);
     } else if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP) {
       rReq.CamReqCOM_printf("StreamStartCommandExec [Error] JPEG p_notify_to_upper=NULL\n");
     } else {
