@@ -1,148 +1,141 @@
-// CCamRequester_Cgi_Kobu_Rtp: the session commands and their Exec workers.
+// CCamRequester_Cgi_Kobu_Rtp: the session commands. The guards, the status
+// engine, the tick counters and the stream check are the shared engine's;
+// this file holds the RTP requester's policy: its tables, its command types
+// and its words.
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
+#include "CamSessionGuards.h"
+#include "CamStatus.h"
+#include "RtpPolicy.h"
 
-int CCamRequester_Cgi_Kobu_Rtp::InitSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "InitSessionCommand");
-  return -1;
+namespace rtpses {
+
+void ForgetRtpUid(CCamRequester& rReq, CamRequesterFields& rF);
+
+namespace {
+
+using camses::EarlyRestartKind;
+using camses::PresetKind;
+using camses::SetupKind;
+using camses::StreamCheckKind;
+using camses::TableKind;
+using camses::UidGoneKind;
+
+}  // namespace
+
+const camses::SessionPolicy kRtpPolicy = {
+    "CCamRequester_Cgi_Kobu_Rtp",
+    "Rtp",
+    "RTP",
+    "RTP",
+    "StreamStopCommandExec",
+    &camses::kRtpVideoTable,
+    &camses::kRtpAudioTable,
+    5,
+    {
+        // 0 H.264 live
+        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
+         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] H.264:\n", nullptr},
+        // 1 G.726 audio: no set-up, no preset; a recorder's audio is not checked
+        {true, TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip, StreamCheckKind::kAudio,
+         EarlyRestartKind::kNever, UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726:\n", nullptr},
+        // 2 MPEG-4 live
+        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
+         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] MPEG4:\n", nullptr},
+        // 3 MPEG-4 play-back: set up only, delivered by the recorder on its own
+        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
+         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
+         nullptr, "MPEG4_PLAY"},
+        // 4 H.264 play-back
+        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
+         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
+         nullptr, "H264_PLAY"},
+    },
+    "CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand [DEBUG] ConnectErrorReset\n",
+    nullptr,  // a stop outside STOP is silent
+    nullptr,  // the stream check has no first line
+    "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_RTP\n",
+    false,  // there is no push session
+    false,  // no Quillon UID to release
+    ForgetRtpUid,
+};
+
+}  // namespace rtpses
+
+using Rtp = CCamRequester_Cgi_Kobu_Rtp;
+using rtpses::kRtpPolicy;
+
+int Rtp::InitSessionCommand() {
+  return 0;
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::CleanUpSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "CleanUpSessionCommand");
-  return -1;
+int Rtp::CleanUpSessionCommand() {
+  return 0;
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::OpenSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "OpenSessionCommand");
-  return -1;
+int Rtp::OpenSessionCommand() {
+  return camses::OpenSession(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetupSessionCommand");
-  return -1;
+int Rtp::SetupSessionCommand() {
+  return camses::SetupSession(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SendCamPresetCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendCamPresetCommand");
-  return -1;
+int Rtp::SendCamPresetCommand() {
+  return camses::MoveToPreset(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::StreamStartCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "StreamStartCommand");
-  return -1;
+int Rtp::StreamStartCommand() {
+  return camses::StartStreamWhenReady(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::StreamStopCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "StreamStopCommand");
-  return -1;
+int Rtp::StreamStopCommand() {
+  return camses::StopStream(*this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::KelStreamStopCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "KelStreamStopCommand");
-  return -1;
+int Rtp::KelStreamStopCommand() {
+  return camses::StopRecorderStream(*this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SendKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendKeepAliveCommand");
-  return -1;
+int Rtp::SendKeepAliveCommand() {
+  return camses::KeepAlive(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SendPBKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendPBKeepAliveCommand");
-  return -1;
+int Rtp::SendPBKeepAliveCommand() {
+  return camses::PlayBackKeepAlive(*this, *this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SendKeepAliveCommandForAudio() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendKeepAliveCommandForAudio");
-  return -1;
+int Rtp::SendKeepAliveCommandForAudio() {
+  return camses::KeepAliveForAudio(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::ChangeStatus(int iEvent) {
-  (void)iEvent;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "ChangeStatus");
-  return -1;
+int Rtp::ChangeStatus(int iEvent) {
+  return camses::StepStatus(*this, *this, kRtpPolicy, iEvent);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::KeepStreamStartCmd() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "KeepStreamStartCmd");
-  return -1;
+int Rtp::KeepStreamStartCmd() {
+  return camses::KeepStreamStart(*this, *this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetKelInfoFlagCheck() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetKelInfoFlagCheck");
-  return -1;
+int Rtp::SetKelInfoFlagCheck() {
+  return camses::EarlyRestartCheck(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetKeeAliveCount(int iCount) {
-  (void)iCount;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetKeeAliveCount");
-  return -1;
+int Rtp::SetKelInfoFlagCheckExec() {
+  return camses::EarlyRestartAllowed(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SendCamIframInstCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendCamIframInstCommand");
-  return -1;
+int Rtp::SetKeeAliveCount(int iCount) {
+  return camses::SetKeepAliveCount(*this, iCount);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetupSessionCommandExec");
-  return -1;
+int Rtp::SendCamIframInstCommand() {
+  return camses::SendIframeInterval(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::KelSetupSessionCommandExec(char* pcReply) {
-  (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "KelSetupSessionCommandExec");
-  return -1;
+int Rtp::UidInvalid() {
+  return camses::ForgetUid(*this, *this, kRtpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Rtp::StreamStartCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "StreamStartCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::StreamStopCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "StreamStopCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::KelStreamStopCommandExec(char* pcReply) {
-  (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "KelStreamStopCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::SendKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendKeepAliveCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::SendPBKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendPBKeepAliveCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::SendCamPresetCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendCamPresetCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::SetKelInfoFlagCheckExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SetKelInfoFlagCheckExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::SendCamIframInstCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "SendCamIframInstCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::UidInvalid() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "UidInvalid");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Rtp::CheckStreamStart(unsigned short usCameraType, int iCmdType) {
-  (void)usCameraType;
-  (void)iCmdType;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Rtp::%s [Error] not built yet\n", "CheckStreamStart");
-  return -1;
+int Rtp::CheckStreamStart(unsigned short usCamType, int iType) {
+  return camses::CheckStreamStart(*this, *this, kRtpPolicy, usCamType, iType);
 }
