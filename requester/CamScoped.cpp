@@ -39,18 +39,18 @@ ReplyBuffer::~ReplyBuffer() {
 
 void ReplyBuffer::Point() {
   std::memset(&m_sRecord, 0, sizeof(m_sRecord));
-  m_sRecord.ulSize = kReplySize;
+  m_sRecord.ulSize = kReplyBufferSize;
   m_sRecord.pcBuffer = m_pcData;
 }
 
 bool ReplyBuffer::Allocate() {
   if (!m_bOwned) {
     if (m_pcData == nullptr) return false;
-    std::memset(m_pcData, 0, kReplySize);
+    std::memset(m_pcData, 0, kReplyBufferSize);
     return true;
   }
   if (m_pcData == nullptr && !TakeInjectedFailure()) {
-    m_pcData = static_cast<char*>(std::calloc(kReplySize, 1));
+    m_pcData = static_cast<char*>(std::calloc(kReplyBufferSize, 1));
   }
   Point();
   return m_pcData != nullptr;

@@ -6,14 +6,12 @@
 
 #include <pthread.h>
 
+#include "CamConstants.h"
 #include "kxhttp.h"
 
 class CCamRequester;
 
 namespace camses {
-
-// Capacity of every reply buffer.
-constexpr int kReplySize = 2048;
 
 // A zeroed 2048-byte reply buffer and the receive record that points at it.
 // Either allocated (and freed on every path), or borrowed from a caller that
@@ -21,7 +19,7 @@ constexpr int kReplySize = 2048;
 class ReplyBuffer {
  public:
   ReplyBuffer();
-  // Borrows pcCaller (kReplySize bytes); the caller keeps it.
+  // Borrows pcCaller (kReplyBufferSize bytes); the caller keeps it.
   explicit ReplyBuffer(char* pcCaller);
   ~ReplyBuffer();
   ReplyBuffer(const ReplyBuffer&) = delete;

@@ -125,7 +125,7 @@ int KeepAliveForAudio(CCamRequester& rReq, CamRequesterFields& rF, const Session
     return -1;
   }
   // The count at its limit makes the Exec send at once.
-  rF.m_iKeepAliveCount = kKeepAlivePeriod;
+  rF.m_iKeepAliveCount = kKeepAliveTicks;
   if (rReq.SendKeepAliveCommandExec() == -1) {
     rReq.UidInvalid();
     rReq.ChangeStatus(CAM_HTTP_EVT_ERROR);
@@ -171,7 +171,7 @@ int StopRecorderStream(CCamRequester& rReq, const SessionPolicy& rP) {
                         static_cast<void*>(sReply.Data()));
   sReply.Free();
   rReq.CloseSessionCommand();
-  if (rP.bRecorderStopClosesPush) rReq.CloseSessionPush();
+  if (rP.bClosesPushOnStop) rReq.CloseSessionPush();
   return 0;
 }
 

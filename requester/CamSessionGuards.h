@@ -6,6 +6,7 @@
 #ifndef CAM_SESSION_GUARDS_H
 #define CAM_SESSION_GUARDS_H
 
+#include "CamConstants.h"
 #include "CamSessionPolicy.h"
 
 class CCamRequester;
@@ -13,12 +14,8 @@ struct CamRequesterFields;
 
 namespace camses {
 
-// Cadence of the idle-round work (one idle round is about 100 ms).
-constexpr int kKeepAlivePeriod = 300;         // one keep-alive per 300 calls
-constexpr int kPlayBackKeepAlivePeriod = 30;  // one play-back keep-alive per 30 calls
-constexpr int kStreamCheckPeriod = 150;       // one stream check per 150 rounds in RUN
-constexpr int kSetupErrorThreshold = 10;      // set-up failures before the alarm
-constexpr int kStallErrorThreshold = 1;       // a recorder's stall is reported at once
+constexpr int kSetupErrorThreshold = 10;  // set-up failures before the alarm
+constexpr int kStallErrorThreshold = 1;   // a recorder's stall is reported at once
 // Result bits of a start request that ask for a keep-alive at once (0x204).
 constexpr unsigned kPushAgainKeepAliveMask = 0x204;
 

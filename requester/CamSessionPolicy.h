@@ -103,13 +103,15 @@ struct SessionPolicy {
   CmdTypeRule asRules[kMaxCmdTypes];
 
   // Texts without conversions; null prints nothing.
-  const char* pcSetupResetLine;      // before ConnectErrorReset of a live set-up
-  const char* pcStreamStopNop;       // StreamStopCommand outside STOP
-  const char* pcStreamCheckStart;    // first line of CheckStreamStart
-  const char* pcRecorderAudioCheck;  // CheckStreamStart of a recorder's audio
+  const char* pcSetupResetLine;         // before ConnectErrorReset of a live set-up
+  const char* pcStreamStopNop;          // StreamStopCommand outside STOP
+  const char* pcStreamCheckStart;       // first line of CheckStreamStart
+  const char* pcRecorderAudioCheck;     // CheckStreamStart of a recorder's audio
+  const char* pcRecorderRequestFailed;  // after a failed request of the recorder login or logout
 
-  bool bRecorderStopClosesPush;  // KelStreamStopCommand also closes the push session
+  bool bClosesPushOnStop;        // both stream stops also close the push session
   bool bStopReleasesQuillonUid;  // the stream stop also releases a Quillon UID
+  int iUidLineRefusedResult;     // the set-up's result when the session line is refused
   UidGoneFn pfnUidGone;
 };
 

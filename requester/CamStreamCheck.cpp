@@ -29,7 +29,7 @@ int PushAgain(CCamRequester& rReq, CamRequesterFields& rF) {
   if (iResult == 0 && (ulRet & kPushAgainKeepAliveMask) == kPushAgainKeepAliveMask) {
     rReq.CamReqCOM_printf("%s [DEBUG] POS=%d PUSH CGI! m_KELCheckStreamRet=0x%x KeepAlive Send\n",
                           kCheckName, rF.iPos, ulRet);
-    rF.m_iKeepAliveCount = kKeepAlivePeriod;
+    rF.m_iKeepAliveCount = kKeepAliveTicks;
     iResult = rReq.SendKeepAliveCommandExec();
     if (iResult == -1) {
       rReq.UidInvalid();
@@ -44,7 +44,7 @@ int PushAgain(CCamRequester& rReq, CamRequesterFields& rF) {
 
 int KeepStreamStart(CCamRequester& rReq, CamRequesterFields& rF) {
   if (rReq.iConnectStatus != CAM_HTTP_STS_RUN) return 0;
-  if (CountTick(rF.m_iStreamCheckCount, kStreamCheckPeriod)) {
+  if (CountTick(rF.m_iStreamCheckCount, kStreamCheckTicks)) {
     rReq.CheckStreamStart(rF.usCameraType, rF.iCmdType);
   }
   return 0;

@@ -54,8 +54,10 @@ const camses::SessionPolicy kRtpPolicy = {
     nullptr,  // a stop outside STOP is silent
     nullptr,  // the stream check has no first line
     "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_RTP\n",
+    "KelSetupSessionCommandExec [Error] DoRequest failed\n",
     false,  // there is no push session
     false,  // no Quillon UID to release
+    -1,     // a refused session line fails the set-up
     ForgetRtpUid,
 };
 

@@ -5,7 +5,7 @@
 #include <ctime>
 
 #include "CCamRequester.h"
-#include "CamCgiLine.h"
+#include "CamConstants.h"
 #include "CamRequesterFields.h"
 #include "CamScoped.h"
 #include "CamSessionGuards.h"
@@ -74,6 +74,22 @@ void PrintAddressLine(const Exchange& rX) {
                            rX.rF.usCameraType, rX.rF.iPos);
 }
 
+// The address and cgi lines, the request line and the headers.
+bool SendHead(const Exchange& rX, char* pcCgi) {
+  CCamRequester& rReq = rX.rReq;
+  PrintAddressLine(rX);
+  rReq.CamReqCOM_printf("%s [DEBUG] cgi=%s. \n", rX.rSpec.pcName, pcCgi);
+  if (rReq.SetUrl(pcCgi) == -1) {
+    rReq.CamReqCOM_printf("%s [Error] SetUrl failed\n", rX.rSpec.pcName);
+    return false;
+  }
+  if (rX.rSpec.bAddsHeader && rReq.AddHeader() == -1) {
+    rReq.CamReqCOM_printf("%s [Error] AddHeader failed\n", rX.rSpec.pcName);
+    return false;
+  }
+  return true;
+}
+
 bool TakeBuffer(const Exchange& rX, ReplyBuffer& rReply) {
   if (rReply.Allocate()) return true;
   rX.rReq.CamReqCOM_printf("%s [Error] memory allocate failed\n", rX.rSpec.pcName);
@@ -102,16 +118,7 @@ bool OpenAndRequest(const Exchange& rX, SessionScope& rScope, ReplyBuffer& rRepl
   *piResult = -1;
   CCamRequester& rReq = rX.rReq;
   const ExchangeSpec& rSpec = rX.rSpec;
-  PrintAddressLine(rX);
-  rReq.CamReqCOM_printf("%s [DEBUG] cgi=%s. \n", rSpec.pcName, pcCgi);
-  if (rReq.SetUrl(pcCgi) == -1) {
-    rReq.CamReqCOM_printf("%s [Error] SetUrl failed\n", rSpec.pcName);
-    return false;
-  }
-  if (rSpec.bAddsHeader && rReq.AddHeader() == -1) {
-    rReq.CamReqCOM_printf("%s [Error] AddHeader failed\n", rSpec.pcName);
-    return false;
-  }
+  if (!SendHead(rX, pcCgi)) return false;
   if (rSpec.bBufferBeforeAuth && !TakeBuffer(rX, rReply)) return false;
   if (!Authenticate(rX)) return false;
   if (!rSpec.bBufferBeforeAuth && !TakeBuffer(rX, rReply)) return false;
@@ -147,8 +154,13 @@ bool UidKnown(const Exchange& rX) {
 // The recorder exchanges: the line, the caller's session closed, a session
 // of their own whose answer goes into the caller's buffer and which the
 // caller closes on every path.
-int RunRecorderExchange(const Exchange& rX, char* pcReply) {
-  char acCgi[cgi::kCgiLineSize] = {};
+// Both recorder exchanges report a failed request with the class's words.
+int RunRecorderExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                        const ExchangeSpec& rShape, char* pcReply) {
+  ExchangeSpec sSpec = rShape;
+  sSpec.pcRequestFailedText = rP.pcRecorderRequestFailed;
+  const Exchange rX = {rReq, rF, rP, sSpec};
+  char acCgi[kCgiLineSize] = {};
   int iResult = 0;
   if (!Build(rX, acCgi, &iResult)) return iResult;
   rX.rReq.CloseSessionCommand();
@@ -171,9 +183,6 @@ int BuildSession(CCamRequester& rReq, const CamRequesterFields&, char* pcCgi) {
   return rReq.CmdSet_SessionCmmand(pcCgi);
 }
 
-// Both recorder exchanges report a failed request with the login's words.
-constexpr const char* kLogInRequestFailed = "KelSetupSessionCommandExec [Error] DoRequest failed\n";
-
 const ExchangeSpec kLogInSpec = {"KelSetupSessionCommandExec",
                                  BuildLogIn,
                                  -1,
@@ -186,7 +195,7 @@ const ExchangeSpec kLogInSpec = {"KelSetupSessionCommandExec",
                                  -1,
                                  OpenFailLine::kWireSetup,
                                  AddressLine::kWireWord,
-                                 kLogInRequestFailed,
+                                 nullptr,  // the class's words
                                  nullptr,
                                  nullptr};
 
@@ -202,7 +211,7 @@ const ExchangeSpec kLogOutSpec = {"KelStreamStopCommandExec",
                                   -1,
                                   OpenFailLine::kWireSetup,
                                   AddressLine::kNone,
-                                  kLogInRequestFailed,
+                                  nullptr,  // the class's words
                                   nullptr,
                                   nullptr};
 
@@ -251,7 +260,7 @@ int RunExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy
                 const ExchangeSpec& rSpec) {
   const Exchange sX = {rReq, rF, rP, rSpec};
   if (!UidKnown(sX)) return -1;
-  char acCgi[cgi::kCgiLineSize] = {};
+  char acCgi[kCgiLineSize] = {};
   int iResult = 0;
   if (!Build(sX, acCgi, &iResult)) return iResult;
   SessionScope sScope(rReq);
@@ -269,14 +278,14 @@ int RunExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy
 
 int RunKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                  const ExchangeSpec& rSpec) {
-  if (!CountTick(rF.m_iKeepAliveCount, kKeepAlivePeriod)) return 0;
+  if (!CountTick(rF.m_iKeepAliveCount, kKeepAliveTicks)) return 0;
   rReq.CamReqCOM_printf("%s IN!!!!!. \n", rSpec.pcName);
   return RunExchange(rReq, rF, rP, rSpec);
 }
 
 int RunPlayBackKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                          const ExchangeSpec& rSpec) {
-  if (!CountTick(rF.m_iPBKeepAliveCount, kPlayBackKeepAlivePeriod)) return 0;
+  if (!CountTick(rF.m_iPBKeepAliveCount, kPBKeepAliveTicks)) return 0;
   return RunExchange(rReq, rF, rP, rSpec);
 }
 
@@ -289,7 +298,7 @@ int RunStopExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPo
     rReq.CamReqCOM_printf("%s [Error] iCmdType:%s\n", rP.pcStopRefusalName, pcNoDelivery);
     return -1;
   }
-  char acCgi[cgi::kCgiLineSize] = {};
+  char acCgi[kCgiLineSize] = {};
   int iResult = 0;
   if (!Build(sX, acCgi, &iResult)) return iResult;
   rF.uid_logout = rF.iUid;
@@ -325,12 +334,24 @@ int RunStopExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPo
   rReq.CamReqCOM_printf("%s [DEBUG] free=%p\n", rSpec.pcName, static_cast<void*>(sReply.Data()));
   sReply.Free();
   sScope.Close();
+  if (rP.bClosesPushOnStop) rReq.CloseSessionPush();
+  return 0;
+}
+
+int PrepareRequest(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                   const ExchangeSpec& rSpec, char* pcCgi) {
+  const Exchange sX = {rReq, rF, rP, rSpec};
+  SessionScope sScope(rReq);
+  int iResult = 0;
+  if (!Open(sX, sScope, &iResult)) return iResult;
+  if (!SendHead(sX, pcCgi) || !Authenticate(sX)) return -1;
+  sScope.Release();
   return 0;
 }
 
 int RecorderLogin(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                   char* pcReply) {
-  return RunRecorderExchange({rReq, rF, rP, kLogInSpec}, pcReply);
+  return RunRecorderExchange(rReq, rF, rP, kLogInSpec, pcReply);
 }
 
 int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
@@ -340,7 +361,7 @@ int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPol
     return 0;
   }
   if (rF.uid_logout == -1) rF.uid_logout = rF.iUid;
-  return RunRecorderExchange({rReq, rF, rP, kLogOutSpec}, pcReply);
+  return RunRecorderExchange(rReq, rF, rP, kLogOutSpec, pcReply);
 }
 
 int RequestUid(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
@@ -353,8 +374,10 @@ int RequestUid(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy&
   SessionScope sScope(rReq);
   ReplyBuffer sReply;
   if (rF.iUid == -1) {
-    const Exchange sX = {rReq, rF, rP, kUidSpec};
-    char acCgi[cgi::kCgiLineSize] = {};
+    ExchangeSpec sSpec = kUidSpec;
+    sSpec.iRefusedResult = rP.iUidLineRefusedResult;
+    const Exchange sX = {rReq, rF, rP, sSpec};
+    char acCgi[kCgiLineSize] = {};
     int iResult = 0;
     if (!Build(sX, acCgi, &iResult)) return iResult;
     if (!OpenAndRequest(sX, sScope, sReply, acCgi, &iResult)) return iResult;

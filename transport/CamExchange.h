@@ -73,9 +73,17 @@ int RunKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolic
                  const ExchangeSpec& rSpec);
 int RunPlayBackKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                          const ExchangeSpec& rSpec);
-// Always 0 once the request went out.
+// Always 0 once the request went out; with bClosesPushOnStop the push
+// session is closed last.
 int RunStopExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                     const ExchangeSpec& rSpec);
+
+// The head of an exchange without its request: open, address and cgi lines,
+// SetUrl, AddHeader, authentication. 0 with the session left open for the
+// caller (the HTTP requester's server push); else the Exec's result, the
+// session closed.
+int PrepareRequest(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                   const ExchangeSpec& rSpec, char* pcCgi);
 
 // The recorder login (KelSetupSessionCommandExec) into pcReply; the
 // session is left open for the caller.

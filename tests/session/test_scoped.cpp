@@ -24,7 +24,7 @@ TEST(ReplyBuffer, IsZeroedAndSized) {
   camses::ReplyBuffer sReply;
   ASSERT_TRUE(sReply.Allocate());
   ASSERT_NE(sReply.Data(), nullptr);
-  for (int i = 0; i < camses::kReplySize; ++i) ASSERT_EQ(sReply.Data()[i], 0) << i;
+  for (int i = 0; i < kReplyBufferSize; ++i) ASSERT_EQ(sReply.Data()[i], 0) << i;
   EXPECT_EQ(sReply.Record()->ulSize, 2048u);
   EXPECT_EQ(sReply.Record()->pcBuffer, sReply.Data());
   EXPECT_EQ(sReply.Record()->ulReserved, 0u);
@@ -57,7 +57,7 @@ TEST(ReplyBuffer, InjectedShortageFailsTheNextAllocationsOnly) {
 }
 
 TEST(ReplyBuffer, BorrowedBufferIsZeroedAndKept) {
-  std::vector<char> acCaller(camses::kReplySize, 'x');
+  std::vector<char> acCaller(kReplyBufferSize, 'x');
   {
     camses::ReplyBuffer sReply(acCaller.data());
     camses::FailNextReplyAllocations(1);  // a borrowed buffer allocates nothing
