@@ -354,14 +354,19 @@ int RecorderLogin(CCamRequester& rReq, CamRequesterFields& rF, const SessionPoli
   return RunRecorderExchange(rReq, rF, rP, kLogInSpec, pcReply);
 }
 
-int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
-                   char* pcReply) {
+int RunLogoutExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                      const ExchangeSpec& rSpec, char* pcReply) {
   if (rReq.GetKeepAlive() == 0) {
-    rReq.CamReqCOM_printf("KelStreamStopCommandExec [DEBUG] KEL Logout CGI Command No!!\n");
+    rReq.CamReqCOM_printf("%s [DEBUG] KEL Logout CGI Command No!!\n", rSpec.pcName);
     return 0;
   }
-  if (rF.uid_logout == -1) rF.uid_logout = rF.iUid;
-  return RunRecorderExchange(rReq, rF, rP, kLogOutSpec, pcReply);
+  return RunRecorderExchange(rReq, rF, rP, rSpec, pcReply);
+}
+
+int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                   char* pcReply) {
+  if (rReq.GetKeepAlive() != 0 && rF.uid_logout == -1) rF.uid_logout = rF.iUid;
+  return RunLogoutExchange(rReq, rF, rP, kLogOutSpec, pcReply);
 }
 
 int RequestUid(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
@@ -379,7 +384,10 @@ int RequestUid(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy&
     const Exchange sX = {rReq, rF, rP, sSpec};
     char acCgi[kCgiLineSize] = {};
     int iResult = 0;
-    if (!Build(sX, acCgi, &iResult)) return iResult;
+    if (!Build(sX, acCgi, &iResult)) {
+      rInfo.bLineRefused = true;
+      return iResult;
+    }
     if (!OpenAndRequest(sX, sScope, sReply, acCgi, &iResult)) return iResult;
     // A recorder offers a key and must be logged in before it names the UID.
     char acKeyName[] = "strKey = \"";

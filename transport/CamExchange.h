@@ -89,8 +89,14 @@ int PrepareRequest(CCamRequester& rReq, CamRequesterFields& rF, const SessionPol
 // session is left open for the caller.
 int RecorderLogin(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                   char* pcReply);
-// The recorder logout (KelStreamStopCommandExec) into pcReply; nothing is
-// sent while keep-alive is off. The session is left open for the caller.
+// An exchange of the logout's shape into pcReply: nothing is sent while
+// keep-alive is off ("<name> [DEBUG] KEL Logout CGI Command No!!\n"); the
+// caller's session is closed first, the exchange's own is left open for the
+// caller. (The HTTP requester's Quillon UID release is one.)
+int RunLogoutExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
+                      const ExchangeSpec& rSpec, char* pcReply);
+// The recorder logout (KelStreamStopCommandExec) into pcReply, of uid_logout
+// (the UID when none was kept).
 int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                    char* pcReply);
 
@@ -98,6 +104,7 @@ int RecorderLogout(CCamRequester& rReq, CamRequesterFields& rF, const SessionPol
 // is closed before the upper layer reads the copy, so the host text is
 // copied too and the copy's host pointer points at it.
 struct SessionInfoCopy {
+  bool bLineRefused = false;  // the session line was refused: nothing was asked
   bool bTaken = false;
   alignas(HTTP_SESSION) unsigned char aucHead[HTTP_SESSION_INFO_SIZE] = {};
   char acHost[256] = {};
