@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the library and runs the main job: a requester driven through a
-# whole start and stop, with its log on the terminal.
+# Builds the library and runs the main job: an H.264 requester driven against
+# an embedded camera simulator through START, RUN with a keep-alive, STOP and
+# IDLE, with its log on the terminal (a camera address and port drive a real one).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh

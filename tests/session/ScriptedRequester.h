@@ -54,21 +54,21 @@ class ScriptedRtp : public CCamRequester_Cgi_Kobu_Rtp {
     Record("ChangeStatus(" + std::to_string(iEvent) + ")", 0);
     return CCamRequester_Cgi_Kobu_Rtp::ChangeStatus(iEvent);
   }
-  int ConnectError(int iPos, char* pcAddress, int iThreshold) override {
-    Record("ConnectError(" + std::to_string(iPos) + "," + pcAddress + "," +
+  int ConnectError(int iAt, char* pcAddress, int iThreshold) override {
+    Record("ConnectError(" + std::to_string(iAt) + "," + pcAddress + "," +
                std::to_string(iThreshold) + ")",
            0);
-    return CCamRequester_Cgi_Kobu_Rtp::ConnectError(iPos, pcAddress, iThreshold);
+    return CCamRequester_Cgi_Kobu_Rtp::ConnectError(iAt, pcAddress, iThreshold);
   }
-  int ConnectErrorReset(int iPos, char* pcAddress) override {
-    Record("ConnectErrorReset(" + std::to_string(iPos) + "," + pcAddress + ")", 0);
-    return CCamRequester_Cgi_Kobu_Rtp::ConnectErrorReset(iPos, pcAddress);
+  int ConnectErrorReset(int iAt, char* pcAddress) override {
+    Record("ConnectErrorReset(" + std::to_string(iAt) + "," + pcAddress + ")", 0);
+    return CCamRequester_Cgi_Kobu_Rtp::ConnectErrorReset(iAt, pcAddress);
   }
-  int SndMsg_GetUID(int iResult, int iPos) override {
-    return Record("SndMsg_GetUID(" + std::to_string(iResult) + "," + std::to_string(iPos) + ")", 0);
+  int SndMsg_GetUID(int iResult, int iAt) override {
+    return Record("SndMsg_GetUID(" + std::to_string(iResult) + "," + std::to_string(iAt) + ")", 0);
   }
-  int PlayModeStop(int iPos, char* pcAddress, int iPlayMode) override {
-    return Record("PlayModeStop(" + std::to_string(iPos) + "," + pcAddress + "," +
+  int PlayModeStop(int iAt, char* pcAddress, int iPlayMode) override {
+    return Record("PlayModeStop(" + std::to_string(iAt) + "," + pcAddress + "," +
                       std::to_string(iPlayMode) + ")",
                   0);
   }

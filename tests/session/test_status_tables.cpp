@@ -88,9 +88,16 @@ struct HttpDriver {
   }
 };
 
-std::string Format(const char* pcFormat, int a, int b, int c) {
+// The line of one step.
+std::string StepLine(bool bAudio, int iEvent, int iFrom, int iTo) {
   char ac[128];
-  std::snprintf(ac, sizeof(ac), pcFormat, a, b, c);
+  if (bAudio) {
+    std::snprintf(ac, sizeof(ac), "ChangeStatus [DEBUG] Audio Event=%d:%d -> %d. \n", iEvent, iFrom,
+                  iTo);
+  } else {
+    std::snprintf(ac, sizeof(ac), "ChangeStatus [DEBUG] Video Event=%d:%d -> %d. \n", iEvent, iFrom,
+                  iTo);
+  }
   return ac;
 }
 
@@ -108,9 +115,7 @@ void CheckEveryCell(const Table& rExpected, int iCmdType, bool bAudio) {
       const int iWant = rExpected[iStatus][iEvent];
       EXPECT_EQ(req.iConnectStatus.load(), iWant)
           << Driver::kName << " type " << iCmdType << " status " << iStatus << " event " << iEvent;
-      const std::string sLine = Format(bAudio ? "ChangeStatus [DEBUG] Audio Event=%d:%d -> %d. \n"
-                                              : "ChangeStatus [DEBUG] Video Event=%d:%d -> %d. \n",
-                                       iEvent, iStatus, iWant);
+      const std::string sLine = StepLine(bAudio, iEvent, iStatus, iWant);
       EXPECT_EQ(capture.Lines(), std::vector<std::string>{sLine});
     }
   }
