@@ -1,6 +1,6 @@
-// CCamRequester_Cgi_Kobu_Http: the concrete requester for JPEG server push and G.726 streams that the camera delivers over HTTP.
-// The request thread of CCamRequester calls the session commands; each
-// command is a guard over iConnectStatus that calls an Exec worker.
+// CCamRequester_Cgi_Kobu_Http: the concrete requester for JPEG server push and G.726 streams that
+// the camera delivers over HTTP. The request thread of CCamRequester calls the session commands;
+// each command is a guard over iConnectStatus that calls an Exec worker.
 #ifndef CCAMREQUESTER_CGI_KOBU_HTTP_H
 #define CCAMREQUESTER_CGI_KOBU_HTTP_H
 
@@ -56,7 +56,8 @@ class CCamRequester_Cgi_Kobu_Http : public virtual CCamRequester, public CamRequ
   // ---- cgi (HttpCgi.cpp)
   int CmdSet_QuillonUidUtilRelease(char* pcDst) override;
   int SearchNumber(char* pcText, char* pcKey, int* piValue) override;
-  int SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut, int iOutSize) override;
+  int SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut,
+                   int iOutSize) override;
   int CheckCamInfo_RcvData(char* pcText) override;
   int CheckKeepAlive_RcvData(char* pcText) override;
   int CheckPlayMode_RcvData(char* pcText) override;
@@ -107,8 +108,7 @@ class CCamRequester_Cgi_Kobu_Http : public virtual CCamRequester, public CamRequ
   int SetParameterHttpError(const void* pParam) override;
   int SetParameterCamNo(const void* pParam) override;
 
-  int CamReqCOM_printf(const char* pcFormat, ...) override
-      __attribute__((format(printf, 2, 3)));
+  int CamReqCOM_printf(const char* pcFormat, ...) override __attribute__((format(printf, 2, 3)));
 };
 
 #endif

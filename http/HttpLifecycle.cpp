@@ -9,7 +9,9 @@ namespace {
 constexpr int32_t kInvalidCmdType = 3;  // until the upper layer sets the type
 }
 
-CCamRequester_Cgi_Kobu_Http::CCamRequester_Cgi_Kobu_Http() : CCamRequester(), CamRequesterFields() { iCmdType = kInvalidCmdType; }
+CCamRequester_Cgi_Kobu_Http::CCamRequester_Cgi_Kobu_Http() : CCamRequester(), CamRequesterFields() {
+  iCmdType = kInvalidCmdType;
+}
 
 CCamRequester_Cgi_Kobu_Http::~CCamRequester_Cgi_Kobu_Http() {
   // Session code still running on the request thread sees this first and

@@ -7,7 +7,8 @@ int CCamRequester_Cgi_Kobu_Http::InitSessionCommand() {
 }
 
 int CCamRequester_Cgi_Kobu_Http::CleanUpSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CleanUpSessionCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "CleanUpSessionCommand");
   return -1;
 }
 
@@ -17,17 +18,14 @@ int CCamRequester_Cgi_Kobu_Http::OpenSessionCommand() {
 }
 
 int CCamRequester_Cgi_Kobu_Http::SetupSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetupSessionCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SetupSessionCommand");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendCamPresetCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendCamPresetCommand");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::StreamStartCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "StreamStartCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendCamPresetCommand");
   return -1;
 }
 
@@ -37,22 +35,26 @@ int CCamRequester_Cgi_Kobu_Http::StreamStopCommand() {
 }
 
 int CCamRequester_Cgi_Kobu_Http::KelStreamStopCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "KelStreamStopCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "KelStreamStopCommand");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendKeepAliveCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendKeepAliveCommand");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendPBKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendPBKeepAliveCommand");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendPBKeepAliveCommand");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommandForAudio() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendKeepAliveCommandForAudio");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendKeepAliveCommandForAudio");
   return -1;
 }
 
@@ -68,7 +70,8 @@ int CCamRequester_Cgi_Kobu_Http::KeepStreamStartCmd() {
 }
 
 int CCamRequester_Cgi_Kobu_Http::SetKelInfoFlagCheck() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetKelInfoFlagCheck");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SetKelInfoFlagCheck");
   return -1;
 }
 
@@ -79,65 +82,65 @@ int CCamRequester_Cgi_Kobu_Http::SetKeeAliveCount(int iCount) {
 }
 
 int CCamRequester_Cgi_Kobu_Http::SetupSessionCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetupSessionCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SetupSessionCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::KelSetupSessionCommandExec(char* pcReply) {
   (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "KelSetupSessionCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::StreamStartCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "StreamStartCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "KelSetupSessionCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::QuillonChgModeCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "QuillonChgModeCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "QuillonChgModeCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::StreamStopCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "StreamStopCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "StreamStopCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::KelStreamStopCommandExec(char* pcReply) {
   (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "KelStreamStopCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "KelStreamStopCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendKeepAliveCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendKeepAliveCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendPBKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendPBKeepAliveCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendPBKeepAliveCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SendCamPresetCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SendCamPresetCommandExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SendCamPresetCommandExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::SetKelInfoFlagCheckExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetKelInfoFlagCheckExec");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "SetKelInfoFlagCheckExec");
   return -1;
 }
 
 int CCamRequester_Cgi_Kobu_Http::QuillonUidUtilRelease(char* pcReply) {
   (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "QuillonUidUtilRelease");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::UidInvalid() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "UidInvalid");
+  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
+                   "QuillonUidUtilRelease");
   return -1;
 }
 
