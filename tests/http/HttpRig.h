@@ -89,6 +89,7 @@ class HttpRig {
     if (m_sOptions.usResolution != 0) {
       SetParam(*req, CAM_PARAM_RESOLUTION, m_sOptions.usResolution);
     }
+    notify.Attach();
     ASSERT_EQ(req->SetParameter(CAM_PARAM_CALLBACK, &notify, 0), 0);
     ASSERT_EQ(req->Initialize(NextIndex()), 0);
     if (m_sOptions.bKeepAlive) req->EnableKeepAlive();
@@ -96,6 +97,17 @@ class HttpRig {
 
   bool WaitForStatus(int iStatus, milliseconds tLimit = seconds(10)) {
     return camtest::WaitUntil([&] { return req->iConnectStatus == iStatus; }, tLimit);
+  }
+
+  // STOP until the status is IDLE: a requester that keeps rebuilding a
+  // failing session may be caught in SETUP or READY, where STOP changes
+  // nothing. Bounded in count and time.
+  bool StopUntilIdle() {
+    for (int i = 0; i < 50; ++i) {
+      req->RequestStop();
+      if (WaitForStatus(CAM_HTTP_STS_IDLE, milliseconds(200))) return true;
+    }
+    return false;
   }
 
   // Asks the request thread for one start retry, as a caller of the retry
@@ -112,9 +124,11 @@ class HttpRig {
     return iValue;
   }
 
-  // The upper layer stops reading, then destroys the requester.
+  // The upper layer stops reading and takes no more handles, then destroys
+  // the requester: while it is being destroyed the requester tells nothing,
+  // so it cannot take a handle back.
   void Destroy() {
-    notify.StopReading();
+    notify.Detach();
     req.reset();
   }
 

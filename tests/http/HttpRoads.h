@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "CamKelCrypt.h"
 #include "CamRequesterFields.h"
 #include "Device.h"
 #include "kxhttp.h"
@@ -42,13 +43,11 @@ inline int CountRequests(const camsim::Device& rDevice, const std::string& sPath
   return n;
 }
 
-// Asks the device for a UID outside the requester, as another requester of
-// the upper layer would have; -1 on failure.
-inline int IssueUid(const camsim::Device& rDevice, const std::string& sQuery) {
+// One GET to the device outside the requester; the body, or "" on failure.
+inline std::string Get(const camsim::Device& rDevice, const std::string& sUrl) {
   HTTP_SESSION* psSession =
       http_open_session_to_ret(rDevice.Address().c_str(), rDevice.Port(), nullptr, 0, 0, 5000, 0);
-  if (psSession == nullptr) return -1;
-  const std::string sUrl = "/cgi-bin/getuid?" + sQuery;
+  if (psSession == nullptr) return "";
   http_set_url(psSession, "GET", sUrl.c_str(), "HTTP/1.0");
   char acBody[2048] = {};
   _InetBuffer sBuf = {};
@@ -56,9 +55,35 @@ inline int IssueUid(const camsim::Device& rDevice, const std::string& sQuery) {
   sBuf.pcBuffer = acBody;
   const uint32_t ulRet = http_do_request(psSession, &sBuf, 5);
   http_close_session(psSession);
-  if (ulRet != HTTP_RESULT_STATUS200) return -1;
-  const char* pcUid = std::strstr(acBody, "UID=");
-  return pcUid != nullptr ? std::atoi(pcUid + 4) : -1;
+  return ulRet == HTTP_RESULT_STATUS200 ? std::string(acBody) : std::string();
+}
+
+// The number after sKey in sText, or -1.
+inline int NumberAfter(const std::string& sText, const std::string& sKey) {
+  const size_t ulAt = sText.find(sKey);
+  return ulAt == std::string::npos ? -1 : std::atoi(sText.c_str() + ulAt + sKey.size());
+}
+
+// Asks a camera for a UID outside the requester, as another requester of
+// the upper layer would have; -1 on failure.
+inline int IssueUid(const camsim::Device& rDevice, const std::string& sQuery) {
+  return NumberAfter(Get(rDevice, "/cgi-bin/getuid?" + sQuery), "UID=");
+}
+
+// Logs in to a recorder (user admin, password password) outside the
+// requester; the UID, or -1.
+inline int RecorderLogin(const camsim::Device& rDevice) {
+  const std::string sKeyReply = Get(rDevice, "/cgi-bin/start.cgi?UID=-1");
+  const size_t ulAt = sKeyReply.find("strKey = \"");
+  if (ulAt == std::string::npos) return -1;
+  const std::string sKey = sKeyReply.substr(ulAt + 10, 6);
+  char acUser[65] = {};
+  char acPass[65] = {};
+  cgi::KelEncrypt(sKey.c_str(), "admin", acUser);
+  cgi::KelEncrypt(sKey.c_str(), "password", acPass);
+  return NumberAfter(Get(rDevice, std::string("/cgi-bin/ulogin.cgi?USER=") + acUser +
+                                      "&PASS=" + acPass + "&KEY=" + sKey + "&TEMP=1"),
+                     "UID=");
 }
 
 inline std::string Hex(unsigned uValue) {

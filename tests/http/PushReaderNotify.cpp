@@ -60,6 +60,7 @@ void PushReaderNotify::NotifyCamRequesterHandle(int iUid, HTTP_SESSION* psHandle
   StopReading();  // a hand-over over a held handle is recorded above
   {
     std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_bDetached) return;
     m_psHeld = psHandle;
     m_bStop = false;
     m_ulPicturesNow = 0;
@@ -78,6 +79,14 @@ void PushReaderNotify::StopReading() {
   if (reader.joinable()) reader.join();
   std::lock_guard<std::mutex> lock(m_mutex);
   m_psHeld = nullptr;
+}
+
+void PushReaderNotify::Detach() {
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_bDetached = true;
+  }
+  StopReading();
 }
 
 void PushReaderNotify::ReadLoop(HTTP_SESSION* psHandle) {

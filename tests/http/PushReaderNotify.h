@@ -67,6 +67,10 @@ class PushReaderNotify : public CCamRequesterNotify {
   // The upper layer lets go of the push it reads, as before it destroys the
   // requester (the requester tells nothing while it is being destroyed).
   void StopReading();
+  // Stops reading and reads no handle handed over from now on (the upper
+  // layer is about to destroy the requester); Attach undoes it.
+  void Detach();
+  void Attach() { m_bDetached = false; }
 
   // ---- what the tests read ------------------------------------------------
   std::vector<SessionInfo> SessionInfos() const;
@@ -110,6 +114,7 @@ class PushReaderNotify : public CCamRequesterNotify {
   HTTP_SESSION* m_psHeld = nullptr;  // the handle the reader reads
   std::thread m_reader;
   std::atomic<bool> m_bStop{false};
+  std::atomic<bool> m_bDetached{false};
 
   std::atomic<uint64_t> m_ulPictures{0};
   std::atomic<uint64_t> m_ulPicturesNow{0};

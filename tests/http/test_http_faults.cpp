@@ -1,0 +1,171 @@
+// Every fault of the simulated camera on each exchange of the JPEG road:
+// the UID request, the push, the keep-alive and the stop. Each row gives the
+// status the requester must reach, a line it must print, and whether the
+// upper layer gets a push; every row ends with a STOP, the requester
+// destroyed and nothing left open.
+#include "HttpRig.h"
+#include "HttpRoads.h"
+
+namespace httptest {
+namespace {
+
+// Requests time out after 5 s / this.
+constexpr int kTimeoutDivisor = 10;
+
+enum class Exchange { kUid, kPush, kKeepAlive, kStop };
+
+struct FaultRow {
+  const char* pcName;
+  Exchange eExchange;
+  const char* pcFault;  // camsim's fault text
+  bool bRuns;           // the push is handed over and the status is RUN
+  const char* pcLine;   // a line the requester prints (without its prefix)
+};
+
+// The texts follow from the library's result codes: a refused status is
+// failed2, a time-out failed1 (Network Timeout for the push), an answer cut
+// in the head or body or not HTTP at all is failed3.
+const FaultRow kRows[] = {
+    {"UidStatus503", Exchange::kUid, "status=503", false,
+     "DoRequest [Error] http_get_response failed2:ret =8000503\n"},
+    {"UidNoAnswer", Exchange::kUid, "noanswer", false,
+     "DoRequest [Error] http_get_response failed1:ret =8007000\n"},
+    {"UidCloseHeader", Exchange::kUid, "close-header", false,
+     "DoRequest [Error] http_get_response failed3:ret =8006000\n"},
+    {"UidCloseBody", Exchange::kUid, "close-body", false,
+     "DoRequest [Error] http_get_response failed3:ret =8006000\n"},
+    {"UidGarbage", Exchange::kUid, "garbage", false,
+     "DoRequest [Error] http_get_response failed3:ret =8005000\n"},
+    {"UidWithoutUid", Exchange::kUid, "omit=UID=", false,
+     "CheckCamInfo_RcvData [Error] SearchNumber UID=-1\n"},
+    {"UidLongBody", Exchange::kUid, "long-body=8000", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    {"UidSlow", Exchange::kUid, "delay=100", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    {"PushStatus404", Exchange::kPush, "status=404", false,
+     "StreamStartCommandExec [Error] http_get_response failed2:ret =8000404\n"},
+    {"PushStatus500", Exchange::kPush, "status=500", false,
+     "StreamStartCommandExec [Error] http_get_response failed2:ret =8000500\n"},
+    {"PushNoAnswer", Exchange::kPush, "noanswer", false,
+     " StreamStartCommandExec [Error] Network Timeout.\n"},
+    {"PushCloseHeader", Exchange::kPush, "close-header", false,
+     "StreamStartCommandExec [Error] http_get_response failed3:ret =8006000\n"},
+    {"PushGarbage", Exchange::kPush, "garbage", false,
+     "StreamStartCommandExec [Error] http_get_response failed3:ret =8005000\n"},
+    // The head of these came whole: the push is handed over, and what
+    // follows is the upper layer's to read.
+    {"PushStatus302", Exchange::kPush, "status=302", true,
+     "StreamStartCommandExec[Error]ret =8000302\n"},
+    {"PushCloseBody", Exchange::kPush, "close-body", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    {"PushStall", Exchange::kPush, "push-stall=2", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    {"KeepAliveStatus404", Exchange::kKeepAlive, "status=404", false,
+     "DoRequest [Error] http_get_response failed2:ret =8000404\n"},
+    {"KeepAliveNoAnswer", Exchange::kKeepAlive, "noanswer", false,
+     "DoRequest [Error] http_get_response failed1:ret =8007000\n"},
+    {"KeepAliveGarbage", Exchange::kKeepAlive, "garbage", false,
+     "DoRequest [Error] http_get_response failed3:ret =8005000\n"},
+    {"KeepAliveCloseBody", Exchange::kKeepAlive, "close-body", false,
+     "DoRequest [Error] http_get_response failed3:ret =8006000\n"},
+    {"StopStatus500", Exchange::kStop, "status=500", true,
+     "StreamStopCommandExec [ERROR] client or server error ret=0x8000500\n"},
+    {"StopNoAnswer", Exchange::kStop, "noanswer", true,
+     "StreamStopCommandExec [ERROR] timeout ret=0x8007000\n"},
+    {"StopGarbage", Exchange::kStop, "garbage", true,
+     "StreamStopCommandExec [ERROR] other error ret=0x8005000\n"},
+    {"StopCloseHeader", Exchange::kStop, "close-header", true,
+     "StreamStopCommandExec [ERROR] other error ret=0x8006000\n"},
+};
+
+const char* PathOf(Exchange eExchange) {
+  switch (eExchange) {
+    case Exchange::kUid:
+      return "/cgi-bin/getuid";
+    case Exchange::kKeepAlive:
+      return "/cgi-bin/keep_alive";
+    case Exchange::kPush:
+    case Exchange::kStop:
+      return "/cgi-bin/jpeg";
+  }
+  return "";
+}
+
+class FaultRoadTest : public HttpRequesterTest, public ::testing::WithParamInterface<FaultRow> {
+ protected:
+  void SetUp() override {
+    HttpRequesterTest::SetUp();
+    http_set_timeout_divisor(kTimeoutDivisor);
+  }
+  void TearDown() override {
+    http_set_timeout_divisor(1);
+    HttpRequesterTest::TearDown();
+  }
+  static camsim::Fault Parse(const char* pcText) {
+    camsim::Fault sFault;
+    std::string sError;
+    EXPECT_TRUE(camsim::ParseFault(pcText, &sFault, &sError)) << sError;
+    return sFault;
+  }
+};
+
+TEST_P(FaultRoadTest, EndsInTheSpecifiedStatusWithItsLine) {
+  const FaultRow& r = GetParam();
+  HttpRig rig(RigOptions{});
+  camtest::PrintCapture capture;
+  rig.Configure();
+  if (r.eExchange != Exchange::kStop) rig.device->SetFault(PathOf(r.eExchange), Parse(r.pcFault));
+  rig.req->RequestStart();
+
+  if (r.eExchange == Exchange::kStop) {
+    ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
+    ASSERT_TRUE(rig.notify.WaitForPictures(1, seconds(10)));
+    rig.device->SetFault(PathOf(r.eExchange), Parse(r.pcFault));
+    rig.req->RequestStop();
+    // A stop never fails once it was asked for: the status returns to IDLE.
+    ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+    EXPECT_TRUE(capture.Contains(r.pcLine)) << capture.All();
+    EXPECT_EQ(rig.notify.Withdrawals(), 1);
+    EXPECT_TRUE(rig.notify.HandleEvents().back().bOpenWhenWithdrawn);
+    rig.device->ClearFaults();
+    return;
+  }
+
+  ASSERT_TRUE(capture.WaitFor(r.pcLine)) << capture.All();
+  if (r.bRuns) {
+    ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
+    EXPECT_TRUE(rig.notify.WaitForHandOvers(1, seconds(10)));
+  } else {
+    ASSERT_TRUE(capture.WaitFor("-> 1. \n")) << capture.All();
+    if (r.eExchange == Exchange::kKeepAlive) {
+      // The upper layer heard that the UID is gone.
+      ASSERT_TRUE(rig.notify.WaitForSessionInfos(2, seconds(10)));
+      EXPECT_EQ(rig.notify.SessionInfos()[1].iUid, -1);
+    } else {
+      EXPECT_EQ(rig.notify.HandOvers(), 0);
+    }
+    // Once the camera behaves again the request thread rebuilds the stream.
+    rig.device->ClearFaults();
+    ASSERT_TRUE(rig.notify.WaitForPicturesOfCurrentHandle(1, seconds(15))) << capture.All();
+    ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN));
+  }
+  rig.device->ClearFaults();
+  rig.req->RequestStop();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+  EXPECT_EQ(rig.notify.HandOvers(), rig.notify.Withdrawals());
+  for (const auto& e : rig.notify.HandleEvents()) {
+    if (e.psHandle == nullptr) {
+      EXPECT_TRUE(e.bOpenWhenWithdrawn);
+    } else {
+      EXPECT_TRUE(e.bNothingHeld);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryFault, FaultRoadTest, ::testing::ValuesIn(kRows),
+                         [](const ::testing::TestParamInfo<FaultRow>& info) {
+                           return std::string(info.param.pcName);
+                         });
+
+}  // namespace
+}  // namespace httptest
