@@ -4,7 +4,7 @@
 // on its own threads. A start retried while a push runs first takes the old
 // handle back (null notification) and closes it.
 #include "CCamRequester_Cgi_Kobu_Http.h"
-#include "CamCgiLine.h"
+#include "CamConstants.h"
 #include "CamTransport.h"
 #include "CamTypes.h"
 #include "HttpSessionInfo.h"
@@ -125,7 +125,7 @@ int Http::StreamStartCommandExec() {
     return -1;
   }
   QuillonChgModeCommandExec();  // its result does not stop the start
-  char acCgi[cgi::kCgiLineSize] = {};
+  char acCgi[kCgiLineSize] = {};
   const int iLine = BuildStartLine(*this, acCgi);
   if (iLine != 1) return 0;  // no line: the start is skipped, not failed
   if (PreparePushRequest(*this, acCgi) == -1) return -1;
