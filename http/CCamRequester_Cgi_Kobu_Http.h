@@ -12,7 +12,8 @@ class CCamRequester_Cgi_Kobu_Http : public virtual CCamRequester, public CamRequ
   CCamRequester_Cgi_Kobu_Http();
   ~CCamRequester_Cgi_Kobu_Http() override;
 
-  // ---- session (HttpSession.cpp)
+  // ---- session: guards in HttpSession.cpp, the push start in HttpPush.cpp,
+  // the other Exec workers in HttpExec.cpp
   int InitSessionCommand() override;
   int CleanUpSessionCommand() override;
   int OpenSessionCommand() override;

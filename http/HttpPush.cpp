@@ -5,54 +5,57 @@
 // handle back (null notification) and closes it.
 #include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CamConstants.h"
+#include "CamExchange.h"
+#include "CamNotify.h"
+#include "CamSessionGuards.h"
 #include "CamTransport.h"
-#include "CamTypes.h"
-#include "HttpSessionInfo.h"
+#include "HttpPolicy.h"
+
+using Http = CCamRequester_Cgi_Kobu_Http;
+using httpses::kHttpPolicy;
 
 namespace {
 
-using Http = CCamRequester_Cgi_Kobu_Http;
+using camses::AddressLine;
+using camses::ExchangeSpec;
+using camses::OpenFailLine;
 
 constexpr const char kStartName[] = "StreamStartCommandExec";
+constexpr int kStart = 1;
 
-// The start line of the command type; 1 with the line, -1 when the builder
-// refuses, 0 when the type has no push.
-int BuildStartLine(Http& rReq, char* pcCgi) {
-  switch (rReq.iCmdType) {
+// The start line of the command type; 1 (nothing to send) for a type
+// without a push.
+int BuildStart(CCamRequester& rReq, const CamRequesterFields& rF, char* pcCgi) {
+  switch (rF.iCmdType) {
     case CAM_REQUESTER_CMD_JPEG_HTTP:
-      return rReq.CmdSet_JpegDistribute(pcCgi, 1) == -1 ? -1 : 1;
+      return rReq.CmdSet_JpegDistribute(pcCgi, kStart);
     case CAM_REQUESTER_CMD_G726_HTTP:
-      return rReq.CmdSet_AudioDistribute(pcCgi, 1) == -1 ? -1 : 1;
+      return rReq.CmdSet_AudioDistribute(pcCgi, kStart);
     default:
-      return 0;
+      return 1;
   }
 }
 
-// Steps of every exchange up to the request itself: open, request line,
-// headers, credentials. -1 with the session closed (or never opened).
-int PreparePushRequest(Http& rReq, char* pcCgi) {
-  if (rReq.OpenSessionCommandExec() == -1) {
-    rReq.CamReqCOM_printf("%s [Error] OpenSessionCommandExec failed\n", kStartName);
-    if (!IsKelRecorder(rReq.usCameraType)) rReq.UidInvalid();
-    return -1;
-  }
-  rReq.CamReqCOM_printf("%s [DEBUG] Http: IP:%s PORT:%d CamType:%s[%d] Pos:%d \n", kStartName,
-                        rReq.cIpAddr, rReq.iHttpPort, rReq.CamName, rReq.usCameraType, rReq.iPos);
-  rReq.CamReqCOM_printf("%s [DEBUG] cgi=%s. \n", kStartName, pcCgi);
-  const char* pcFailure = nullptr;
-  if (rReq.SetUrl(pcCgi) == -1) {
-    pcFailure = "SetUrl failed";
-  } else if (rReq.AddHeader() == -1) {
-    pcFailure = "AddHeader failed";
-  } else if (rReq.cUserName[0] != '\0' &&
-             http_set_auth(rReq.psSession, rReq.cUserName, rReq.cPassword) != HTTP_RESULT_OK) {
-    pcFailure = "http_set_auth failed";
-  }
-  if (pcFailure == nullptr) return 0;
-  rReq.CamReqCOM_printf("%s [Error] %s\n", kStartName, pcFailure);
-  rReq.CloseSessionCommand();
-  return -1;
-}
+// Fields: name, builder, result and text of a refusal, AddHeader, DoRequest2,
+// buffer before authentication, credentials printed, UidInvalid after a failed
+// open, a recorder's result then, open-failure line, address line, line after
+// a failed request, reply check, line after a complete exchange. A refused
+// line skips the start (0); the request is the push, made here.
+const ExchangeSpec kStartSpec = {kStartName,
+                                 BuildStart,
+                                 0,
+                                 nullptr,
+                                 true,
+                                 false,
+                                 false,
+                                 false,
+                                 true,
+                                 -1,
+                                 OpenFailLine::kOpenCommandExec,
+                                 AddressLine::kLineWord,
+                                 nullptr,
+                                 nullptr,
+                                 nullptr};
 
 // The push's result: true when the camera answered so that the push can be
 // read. A time-out, another failure or a 4xx/5xx status is printed and false.
@@ -78,11 +81,11 @@ bool PushAccepted(Http& rReq, uint32_t ulRet) {
 // Gives the push session to the upper layer.
 void HandOver(Http& rReq) {
   const bool bJpeg = rReq.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP;
-  if (httpreq::MayNotify(rReq)) {
+  if (CCamRequesterNotify* pUpper = camses::UpperLayer(rReq)) {
     rReq.CamReqCOM_printf(
         bJpeg ? "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"
               : "StreamStartCommandExec [DEBUG] G726 HTTP NotifyCamRequesterHandle\n");
-    rReq.p_notify_to_upper->NotifyCamRequesterHandle(rReq.iUid, rReq.psSessionPush);
+    pUpper->NotifyCamRequesterHandle(rReq.iUid, rReq.psSessionPush);
   } else {
     rReq.CamReqCOM_printf(bJpeg ? "StreamStartCommandExec [Error] JPEG p_notify_to_upper=NULL\n"
                                 : "StreamStartCommandExec [Error] G.726 p_notify_to_upper=NULL\n");
@@ -96,7 +99,8 @@ int Http::StreamStartCommand() {
   const bool bRetryWithPush = iStartRetry == 1 && psSessionPush != nullptr;
   if (iStatus == CAM_HTTP_STS_RUN && !bRetryWithPush) {
     CamReqCOM_printf("StreamStartCommand [DEBUG] iStartRetryFlag=%d psSessionPush=%p TINDEX=%x\n",
-                     iStartRetry, static_cast<void*>(psSessionPush), iChildThreadIndex.load());
+                     iStartRetry.load(), static_cast<void*>(psSessionPush),
+                     iChildThreadIndex.load());
     return 0;
   }
   if (iStatus != CAM_HTTP_STS_READY && iStatus != CAM_HTTP_STS_RUN) {
@@ -109,9 +113,7 @@ int Http::StreamStartCommand() {
                      iChildThreadIndex.load(), iStatus);
     CloseSessionPush();
   }
-  const int iRet = StreamStartCommandExec();
-  ChangeStatus(iRet == -1 ? CAM_HTTP_EVT_RUN_FAIL : CAM_HTTP_EVT_RUN_SUCCESS);
-  return 0;
+  return camses::RequestStreamStart(*this);
 }
 
 int Http::StreamStartCommandExec() {
@@ -119,16 +121,18 @@ int Http::StreamStartCommandExec() {
     CamReqCOM_printf("%s [Error]iUid == -1. \n", kStartName);
     return -1;
   }
-  if (iCmdType == CAM_REQUESTER_CMD_JPEG_PLAY) {
+  const char* pcNoDelivery = camses::RuleFor(kHttpPolicy, iCmdType).pcNoDeliveryWord;
+  if (pcNoDelivery != nullptr) {
     // Play-back pictures are not delivered as a push of this requester.
-    CamReqCOM_printf("%s [Error] iCmdType:JPEG_PLAY\n", kStartName);
+    CamReqCOM_printf("%s [Error] iCmdType:%s\n", kStartName, pcNoDelivery);
     return -1;
   }
   QuillonChgModeCommandExec();  // its result does not stop the start
   char acCgi[kCgiLineSize] = {};
-  const int iLine = BuildStartLine(*this, acCgi);
-  if (iLine != 1) return 0;  // no line: the start is skipped, not failed
-  if (PreparePushRequest(*this, acCgi) == -1) return -1;
+  // A type without a push, or a line the builder refuses: skipped, not failed.
+  if (BuildStart(*this, *this, acCgi) != 0) return 0;
+  const int iPrepared = camses::PrepareRequest(*this, *this, kHttpPolicy, kStartSpec, acCgi);
+  if (iPrepared != 0) return iPrepared;
 
   const uint32_t ulRet = http_do_server_push(psSession, camtr::kRequestTimeoutSec);
   if (!PushAccepted(*this, ulRet)) {

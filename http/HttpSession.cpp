@@ -1,152 +1,127 @@
-// CCamRequester_Cgi_Kobu_Http: the session commands and their Exec workers.
+// CCamRequester_Cgi_Kobu_Http: the session commands. The guards, the status
+// engine, the tick counters and the stream check are the shared engine's;
+// this file holds the HTTP requester's policy: its tables, its command types
+// and its words. Its own stream start (in READY and RUN, with the retry) is
+// in HttpPush.cpp.
 #include "CCamRequester_Cgi_Kobu_Http.h"
+#include "CamSessionGuards.h"
+#include "CamStatus.h"
+#include "HttpPolicy.h"
 
-int CCamRequester_Cgi_Kobu_Http::InitSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "InitSessionCommand");
-  return -1;
+namespace httpses {
+
+namespace {
+
+using camses::EarlyRestartKind;
+using camses::PresetKind;
+using camses::SetupKind;
+using camses::StreamCheckKind;
+using camses::TableKind;
+using camses::UidGoneKind;
+
+}  // namespace
+
+const camses::SessionPolicy kHttpPolicy = {
+    "CCamRequester_Cgi_Kobu_Http",
+    "Http",
+    "Http",
+    "HTTP",
+    "StreamStartCommandExec",  // the stop refuses play-back with the start's words
+    &camses::kHttpVideoTable,
+    &camses::kHttpAudioTable,
+    3,
+    {
+        // 0 JPEG live: a push handed to the upper layer
+        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
+         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] JPEG:\n", nullptr},
+        // 1 G.726 over HTTP: no set-up, no preset, the UID kept
+        {true, TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip, StreamCheckKind::kAudio,
+         EarlyRestartKind::kNever, UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726HTTP:\n", nullptr},
+        // 2 JPEG play-back: set up only; no preset, no push
+        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
+         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
+         nullptr, "JPEG_PLAY"},
+    },
+    nullptr,  // the set-up's reset of the connection errors is silent
+    "CCamRequester_Cgi_Kobu_Http::StreamStopCommand [DEBGU] NOP\n",
+    "CheckStreamStart [DEBUG] CheckStreamStart Start\n",
+    "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_HTTP\n",
+    "KelSetupSessionCommandExec [Error] DoRequest failed\n",
+    true,  // both stops also close the push session
+    true,  // the stop releases a Quillon UID
+    0,     // a set-up whose session line is refused is skipped, not failed
+    ForgetHttpUid,
+};
+
+}  // namespace httpses
+
+using Http = CCamRequester_Cgi_Kobu_Http;
+using httpses::kHttpPolicy;
+
+int Http::InitSessionCommand() {
+  return 0;
 }
 
-int CCamRequester_Cgi_Kobu_Http::CleanUpSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "CleanUpSessionCommand");
-  return -1;
+int Http::CleanUpSessionCommand() {
+  return 0;
 }
 
-int CCamRequester_Cgi_Kobu_Http::OpenSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "OpenSessionCommand");
-  return -1;
+int Http::OpenSessionCommand() {
+  return camses::OpenSession(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetupSessionCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SetupSessionCommand");
-  return -1;
+int Http::SetupSessionCommand() {
+  return camses::SetupSession(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SendCamPresetCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendCamPresetCommand");
-  return -1;
+int Http::SendCamPresetCommand() {
+  return camses::MoveToPreset(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::StreamStopCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "StreamStopCommand");
-  return -1;
+int Http::StreamStopCommand() {
+  return camses::StopStream(*this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::KelStreamStopCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "KelStreamStopCommand");
-  return -1;
+int Http::KelStreamStopCommand() {
+  return camses::StopRecorderStream(*this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendKeepAliveCommand");
-  return -1;
+int Http::SendKeepAliveCommand() {
+  return camses::KeepAlive(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SendPBKeepAliveCommand() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendPBKeepAliveCommand");
-  return -1;
+int Http::SendPBKeepAliveCommand() {
+  return camses::PlayBackKeepAlive(*this, *this);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommandForAudio() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendKeepAliveCommandForAudio");
-  return -1;
+int Http::SendKeepAliveCommandForAudio() {
+  return camses::KeepAliveForAudio(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::ChangeStatus(int iEvent) {
-  (void)iEvent;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "ChangeStatus");
-  return -1;
+int Http::ChangeStatus(int iEvent) {
+  return camses::StepStatus(*this, *this, kHttpPolicy, iEvent);
 }
 
-int CCamRequester_Cgi_Kobu_Http::KeepStreamStartCmd() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "KeepStreamStartCmd");
-  return -1;
+int Http::KeepStreamStartCmd() {
+  return camses::KeepStreamStart(*this, *this);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetKelInfoFlagCheck() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SetKelInfoFlagCheck");
-  return -1;
+int Http::SetKelInfoFlagCheck() {
+  return camses::EarlyRestartCheck(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetKeeAliveCount(int iCount) {
-  (void)iCount;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "SetKeeAliveCount");
-  return -1;
+int Http::SetKeeAliveCount(int iCount) {
+  return camses::SetKeepAliveCount(*this, iCount);
 }
 
-int CCamRequester_Cgi_Kobu_Http::SetupSessionCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SetupSessionCommandExec");
-  return -1;
+int Http::SetKelInfoFlagCheckExec() {
+  return camses::EarlyRestartAllowed(*this);
 }
 
-int CCamRequester_Cgi_Kobu_Http::KelSetupSessionCommandExec(char* pcReply) {
-  (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "KelSetupSessionCommandExec");
-  return -1;
+int Http::UidInvalid() {
+  return camses::ForgetUid(*this, *this, kHttpPolicy);
 }
 
-int CCamRequester_Cgi_Kobu_Http::QuillonChgModeCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "QuillonChgModeCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::StreamStopCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "StreamStopCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::KelStreamStopCommandExec(char* pcReply) {
-  (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "KelStreamStopCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::SendKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendKeepAliveCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::SendPBKeepAliveCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendPBKeepAliveCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::SendCamPresetCommandExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SendCamPresetCommandExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::SetKelInfoFlagCheckExec() {
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "SetKelInfoFlagCheckExec");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::QuillonUidUtilRelease(char* pcReply) {
-  (void)pcReply;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n",
-                   "QuillonUidUtilRelease");
-  return -1;
-}
-
-int CCamRequester_Cgi_Kobu_Http::CheckStreamStart(unsigned short usCameraType, int iCmdType) {
-  (void)usCameraType;
-  (void)iCmdType;
-  CamReqCOM_printf("CCamRequester_Cgi_Kobu_Http::%s [Error] not built yet\n", "CheckStreamStart");
-  return -1;
+int Http::CheckStreamStart(unsigned short usCameraType, int iCmdType) {
+  return camses::CheckStreamStart(*this, *this, kHttpPolicy, usCameraType, iCmdType);
 }

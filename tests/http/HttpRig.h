@@ -95,6 +95,14 @@ class HttpRig {
     if (m_sOptions.bKeepAlive) req->EnableKeepAlive();
   }
 
+  // The credentials of the simulated device (its recorder login too).
+  void SetDeviceCredentials() {
+    CAM_AUTH_PARAM sAuth = {};
+    std::strcpy(sAuth.cUserName, "admin");
+    std::strcpy(sAuth.cPassword, "password");
+    SetParam(*req, CAM_PARAM_AUTH, sAuth);
+  }
+
   bool WaitForStatus(int iStatus, milliseconds tLimit = seconds(10)) {
     return camtest::WaitUntil([&] { return req->iConnectStatus == iStatus; }, tLimit);
   }
@@ -153,6 +161,30 @@ class HttpRequesterTest : public ::testing::Test {
   }
   int m_iFdsBefore = 0;
 };
+
+// Requests time out after 5 s / this in the tests that wait for time-outs.
+constexpr int kTimeoutDivisor = 10;
+
+// The same fixture with the HTTP client's time-outs shortened.
+class ShortTimeoutTest : public HttpRequesterTest {
+ protected:
+  void SetUp() override {
+    HttpRequesterTest::SetUp();
+    http_set_timeout_divisor(kTimeoutDivisor);
+  }
+  void TearDown() override {
+    http_set_timeout_divisor(1);
+    HttpRequesterTest::TearDown();
+  }
+};
+
+// A fault of the simulated device from its text form.
+inline camsim::Fault Fault(const char* pcText) {
+  camsim::Fault sFault;
+  std::string sError;
+  EXPECT_TRUE(camsim::ParseFault(pcText, &sFault, &sError)) << sError;
+  return sFault;
+}
 
 }  // namespace httptest
 

@@ -9,9 +9,6 @@
 namespace httptest {
 namespace {
 
-// Requests time out after 5 s / this.
-constexpr int kTimeoutDivisor = 10;
-
 enum class Exchange { kUid, kPush, kKeepAlive, kStop };
 
 struct FaultRow {
@@ -91,36 +88,20 @@ const char* PathOf(Exchange eExchange) {
   return "";
 }
 
-class FaultRoadTest : public HttpRequesterTest, public ::testing::WithParamInterface<FaultRow> {
- protected:
-  void SetUp() override {
-    HttpRequesterTest::SetUp();
-    http_set_timeout_divisor(kTimeoutDivisor);
-  }
-  void TearDown() override {
-    http_set_timeout_divisor(1);
-    HttpRequesterTest::TearDown();
-  }
-  static camsim::Fault Parse(const char* pcText) {
-    camsim::Fault sFault;
-    std::string sError;
-    EXPECT_TRUE(camsim::ParseFault(pcText, &sFault, &sError)) << sError;
-    return sFault;
-  }
-};
+class FaultRoadTest : public ShortTimeoutTest, public ::testing::WithParamInterface<FaultRow> {};
 
 TEST_P(FaultRoadTest, EndsInTheSpecifiedStatusWithItsLine) {
   const FaultRow& r = GetParam();
   HttpRig rig(RigOptions{});
   camtest::PrintCapture capture;
   rig.Configure();
-  if (r.eExchange != Exchange::kStop) rig.device->SetFault(PathOf(r.eExchange), Parse(r.pcFault));
+  if (r.eExchange != Exchange::kStop) rig.device->SetFault(PathOf(r.eExchange), Fault(r.pcFault));
   rig.req->RequestStart();
 
   if (r.eExchange == Exchange::kStop) {
     ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
     ASSERT_TRUE(rig.notify.WaitForPictures(1, seconds(10)));
-    rig.device->SetFault(PathOf(r.eExchange), Parse(r.pcFault));
+    rig.device->SetFault(PathOf(r.eExchange), Fault(r.pcFault));
     rig.req->RequestStop();
     // A stop never fails once it was asked for: the status returns to IDLE.
     ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();

@@ -13,11 +13,7 @@ class ProxyRoadTest : public HttpRequesterTest {
     HttpRequesterTest::SetUp();
     CAMTEST_REQUIRE_PROGRAM(sProgram, "tinyproxy");
     usProxyPort = camtest::UnusedPort("127.0.0.1");
-    dir.write("tinyproxy.conf", "Port " + std::to_string(usProxyPort) +
-                                    "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
-                                    "Allow 127.0.0.1\nLogLevel Info\n");
-    ASSERT_TRUE(proxy.start({sProgram, "-d", "-c", dir.path() + "/tinyproxy.conf"},
-                            dir.path() + "/tinyproxy.log", "127.0.0.1", usProxyPort))
+    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram, usProxyPort))
         << "tinyproxy did not start: " << dir.read("tinyproxy.log");
   }
   void TearDown() override {

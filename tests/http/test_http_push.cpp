@@ -91,10 +91,7 @@ TEST_F(PushRoadTest, RecorderLogsInPushesKeepsAliveAndLogsOut) {
   HttpRig rig(sOptions);
   camtest::PrintCapture capture;
   rig.Configure();
-  CAM_AUTH_PARAM sAuth = {};
-  std::strcpy(sAuth.cUserName, "admin");
-  std::strcpy(sAuth.cPassword, "password");
-  SetParam(*rig.req, CAM_PARAM_AUTH, sAuth);
+  rig.SetDeviceCredentials();
   rig.req->RequestStart();
   ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
   ASSERT_TRUE(rig.notify.WaitForPictures(10, seconds(10))) << capture.All();
@@ -160,6 +157,7 @@ TEST_F(PushRoadTest, PlayBackSetUpHandsTheRecordUpAndPushesNothing) {
   HttpRig rig(sOptions);
   camtest::PrintCapture capture;
   rig.Configure();
+  rig.SetDeviceCredentials();
   SetParam(*rig.req, CAM_PARAM_PRESET, uint16_t{3});
   rig.req->RequestPBStart();
   ASSERT_TRUE(rig.notify.WaitForSessionInfos(1, seconds(10))) << capture.All();

@@ -164,4 +164,13 @@ void ChildServer::stop() {
   pid_ = -1;
 }
 
+bool StartTinyproxy(ChildServer& rProxy, const TempDir& rDir, const std::string& sProgram,
+                    unsigned short usPort) {
+  rDir.write("tinyproxy.conf", "Port " + std::to_string(usPort) +
+                                   "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
+                                   "Allow 127.0.0.1\nLogLevel Info\n");
+  return rProxy.start({sProgram, "-d", "-c", rDir.path() + "/tinyproxy.conf"},
+                      rDir.path() + "/tinyproxy.log", "127.0.0.1", usPort);
+}
+
 }  // namespace camtest

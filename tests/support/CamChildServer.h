@@ -47,6 +47,13 @@ class ChildServer {
   pid_t pid_ = -1;
 };
 
+// Starts tinyproxy (the program at sProgram) on 127.0.0.1:usPort with its
+// configuration and its log ("tinyproxy.log", Info level) in rDir. The proxy
+// adds its Via header, which tells a camera's record whether a request came
+// through it. False when it did not start.
+bool StartTinyproxy(ChildServer& rProxy, const TempDir& rDir, const std::string& sProgram,
+                    unsigned short usPort);
+
 }  // namespace camtest
 
 // A test that needs an installed server program: skipped where it is

@@ -12,13 +12,7 @@ class ProxyTest : public ::testing::TestWithParam<const char*> {
   void SetUp() override {
     CAMTEST_REQUIRE_PROGRAM(sProgram, "tinyproxy");
     usProxyPort = camtest::UnusedPort("127.0.0.1");
-    // The proxy adds its Via header, which tells the camera's record whether
-    // a request came through it.
-    dir.write("tinyproxy.conf", "Port " + std::to_string(usProxyPort) +
-                                    "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
-                                    "Allow 127.0.0.1\nLogLevel Info\n");
-    ASSERT_TRUE(proxy.start({sProgram, "-d", "-c", dir.path() + "/tinyproxy.conf"},
-                            dir.path() + "/tinyproxy.log", "127.0.0.1", usProxyPort))
+    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram, usProxyPort))
         << "tinyproxy did not start: " << dir.read("tinyproxy.log");
     pDevice = StartDevice(GetParam(), CAM_REQUESTER_CAMTYPE_CAM07);
     ASSERT_NE(pDevice, nullptr);
