@@ -9,14 +9,15 @@ namespace {
 
 // A part larger than this is a broken stream, not a picture.
 constexpr uint64_t kMaxPartBytes = 16 * 1024 * 1024;
-constexpr char kBoundaryKey[] = "boundary=";
+// Text before the first delimiter longer than this is no push.
+constexpr size_t kMaxPreambleBytes = 64 * 1024;
+// Blanks after a delimiter, before its line end, that are still padding.
+constexpr size_t kMaxPaddingBytes = 1024;
 
-std::string lower_copy(const std::string& text) {
-  std::string result = text;
-  std::transform(result.begin(), result.end(), result.begin(), [](char c) {
-    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return result;
+using LineKind = MultipartReader::LineKind;
+
+bool is_padding(char c) {
+  return c == ' ' || c == '\t' || c == '\r';
 }
 
 // Removes the empty lines that separate a part's body from the next
@@ -31,43 +32,147 @@ bool skip_line_ends(std::string& pending) {
   return true;
 }
 
+// A delimiter line is the delimiter, optional blanks and the line end; the
+// closing one has "--" right after the delimiter.
+LineKind delimiter_line(const std::string& data, size_t start, const std::string& delimiter) {
+  size_t available = data.size() - start;
+  size_t compared = std::min(available, delimiter.size());
+  if (data.compare(start, compared, delimiter, 0, compared) != 0) return LineKind::kOther;
+  size_t rest = start + delimiter.size();
+  if (available < delimiter.size() || rest == data.size()) return LineKind::kNeedMore;
+  if (data[rest] == '-') {
+    if (rest + 1 == data.size()) return LineKind::kNeedMore;
+    return data[rest + 1] == '-' ? LineKind::kClosing : LineKind::kOther;
+  }
+  size_t stop = std::min(data.size(), rest + kMaxPaddingBytes);
+  for (size_t i = rest; i < stop; ++i) {
+    if (data[i] == '\n') return LineKind::kDelimiter;
+    if (!is_padding(data[i])) return LineKind::kOther;
+  }
+  return stop == data.size() ? LineKind::kNeedMore : LineKind::kOther;
+}
+
+// "Name: value": a token right before a colon.
+bool is_header_line(const std::string& data, size_t end) {
+  size_t colon = data.find(':');
+  if (colon == 0 || colon >= end) return false;
+  return std::all_of(data.begin(), data.begin() + static_cast<long>(colon), is_token_char);
+}
+
+// Reads a parameter value at position: a quoted string (backslash escapes
+// one character) or a token.
+std::string parameter_value(const std::string& text, size_t position) {
+  std::string value;
+  if (position < text.size() && text[position] == '"') {
+    for (++position; position < text.size() && text[position] != '"'; ++position) {
+      if (text[position] == '\\' && position + 1 < text.size()) ++position;
+      value += text[position];
+    }
+    return value;
+  }
+  size_t end = text.find_first_of("; \t\r\n", position);
+  return text.substr(position, end == std::string::npos ? std::string::npos : end - position);
+}
+
+// Position after the next ';' that is not inside a quoted string, or npos.
+size_t next_parameter(const std::string& text, size_t position) {
+  bool quoted = false;
+  for (; position < text.size(); ++position) {
+    char c = text[position];
+    if (quoted && c == '\\') {
+      ++position;
+    } else if (c == '"') {
+      quoted = !quoted;
+    } else if (c == ';' && !quoted) {
+      return position + 1;
+    }
+  }
+  return std::string::npos;
+}
+
 }  // namespace
 
 std::string boundary_from_content_type(const std::string& contentType) {
-  size_t key = lower_copy(contentType).find(kBoundaryKey);
-  if (key == std::string::npos) return std::string();
-  std::string value = contentType.substr(key + sizeof kBoundaryKey - 1);
-  if (!value.empty() && value[0] == '"') {
-    size_t close = value.find('"', 1);
-    value = value.substr(1, close == std::string::npos ? std::string::npos : close - 1);
-  } else {
-    value = value.substr(0, value.find_first_of("; \t\r\n"));
+  static const char kBoundary[] = "boundary";
+  for (size_t position = next_parameter(contentType, 0); position != std::string::npos;
+       position = next_parameter(contentType, position)) {
+    size_t nameStart = contentType.find_first_not_of(" \t", position);
+    if (nameStart == std::string::npos) break;
+    size_t equals = contentType.find('=', nameStart);
+    if (equals == std::string::npos) break;
+    std::string name = contentType.substr(nameStart, equals - nameStart);
+    name.erase(name.find_last_not_of(" \t") + 1);
+    if (!equals_ignore_case(name, kBoundary)) continue;
+    size_t valueStart = contentType.find_first_not_of(" \t", equals + 1);
+    return valueStart == std::string::npos ? std::string()
+                                           : parameter_value(contentType, valueStart);
   }
-  // Some cameras put the delimiter's "--" into the parameter already.
-  if (value.compare(0, 2, "--") == 0) value.erase(0, 2);
-  return value;
+  return std::string();
+}
+
+MultipartReader::MultipartReader(const std::string& boundary) {
+  delimiters_.push_back("--" + boundary);
+  // Many cameras put the delimiter's "--" into the parameter already.
+  if (boundary.compare(0, 2, "--") == 0 && boundary.size() > 2) delimiters_.push_back(boundary);
+}
+
+LineKind MultipartReader::classify_line(const std::string& data, size_t start,
+                                        size_t& matched) const {
+  LineKind result = LineKind::kOther;
+  for (size_t i = 0; i < delimiters_.size(); ++i) {
+    LineKind kind = delimiter_line(data, start, delimiters_[i]);
+    if (kind == LineKind::kDelimiter || kind == LineKind::kClosing) {
+      matched = i;
+      return kind;
+    }
+    if (kind == LineKind::kNeedMore) result = kind;
+  }
+  return result;
+}
+
+void MultipartReader::keep_delimiter(size_t matched) {
+  if (delimiters_.size() > 1) delimiters_ = {delimiters_[matched]};
+}
+
+// A line before the first delimiter that is no part header is preamble.
+uint32_t MultipartReader::skip_preamble_line(std::string& pending) {
+  size_t end = pending.find('\n');
+  if (end == std::string::npos) {
+    return preambleBytes_ + pending.size() > kMaxPreambleBytes ? HTTP_ERR_PROTOCOL : 0;
+  }
+  if (is_header_line(pending, end)) {
+    started_ = true;  // the first part's headers came without a delimiter
+    return 0;
+  }
+  preambleBytes_ += end + 1;
+  pending.erase(0, end + 1);
+  return preambleBytes_ > kMaxPreambleBytes ? HTTP_ERR_PROTOCOL : 0;
 }
 
 uint32_t MultipartReader::skip_delimiter(InputBuffer& input, Deadline deadline) {
+  std::string& pending = input.pending;
   for (;;) {
-    if (skip_line_ends(input.pending)) {
-      std::string& pending = input.pending;
-      size_t compared = std::min(pending.size(), delimiter_.size());
-      // Without a delimiter the part's headers come at once: tolerated.
-      if (pending.compare(0, compared, delimiter_, 0, compared) != 0) return 0;
-      size_t end = pending.find('\n', delimiter_.size());
-      if (pending.size() >= delimiter_.size() + 2) {
-        bool closing = pending.compare(delimiter_.size(), 2, "--") == 0;
-        if (closing) {
-          finished_ = true;
-          return HTTP_ERR_CLOSED;
-        }
+    if (skip_line_ends(pending)) {
+      size_t matched = 0;
+      LineKind kind = classify_line(pending, 0, matched);
+      if (kind == LineKind::kClosing) {
+        finished_ = true;
+        return HTTP_ERR_CLOSED;
       }
-      if (end != std::string::npos) {
-        pending.erase(0, end + 1);
+      if (kind == LineKind::kDelimiter) {
+        keep_delimiter(matched);
+        pending.erase(0, pending.find('\n') + 1);
+        started_ = true;
         return 0;
       }
-      if (pending.size() > 4096) return HTTP_ERR_PROTOCOL;
+      // Part headers without a delimiter before them: tolerated.
+      if (kind == LineKind::kOther && started_) return 0;
+      if (kind == LineKind::kOther) {
+        size_t before = pending.size();
+        uint32_t code = skip_preamble_line(pending);
+        if (code != 0 || started_) return code;
+        if (pending.size() != before) continue;
+      }
     }
     ReadStatus status = input.fill(deadline);
     if (status != ReadStatus::kOk) return code_for_read_status(status);
@@ -90,37 +195,51 @@ uint32_t MultipartReader::read_part_headers(InputBuffer& input, Deadline deadlin
   }
 }
 
+uint32_t MultipartReader::take_body(std::string& pending, size_t end) {
+  if (end > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
+  data_.assign(pending.begin(), pending.begin() + static_cast<long>(end));
+  pending.erase(0, end);
+  return 0;
+}
+
 uint32_t MultipartReader::read_sized_body(InputBuffer& input, Deadline deadline, uint64_t length) {
   if (length > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
   while (input.pending.size() < length) {
     ReadStatus status = input.fill(deadline);
     if (status != ReadStatus::kOk) return code_for_read_status(status);
   }
-  data_.assign(input.pending.begin(), input.pending.begin() + static_cast<long>(length));
-  input.pending.erase(0, static_cast<size_t>(length));
-  return 0;
+  return take_body(input.pending, static_cast<size_t>(length));
 }
 
+// The body ends before the line end in front of the next delimiter line.
+// Each line is looked at once: lineStart is the line in question,
+// scanFrom where the search for its end goes on after more bytes came.
 uint32_t MultipartReader::read_delimited_body(InputBuffer& input, Deadline deadline) {
-  const std::string marker = "\n" + delimiter_;
-  size_t searchFrom = 0;
+  std::string& pending = input.pending;
+  size_t lineStart = 0;
+  size_t scanFrom = 0;
   for (;;) {
-    std::string& pending = input.pending;
-    size_t end = std::string::npos;
-    if (pending.compare(0, delimiter_.size(), delimiter_) == 0) {
-      end = 0;  // an empty body right before the next delimiter
-    } else {
-      size_t found = pending.find(marker, searchFrom);
-      if (found != std::string::npos)
-        end = (found > 0 && pending[found - 1] == '\r') ? found - 1 : found;
+    LineKind kind = LineKind::kOther;
+    for (;;) {
+      size_t matched = 0;
+      kind = classify_line(pending, lineStart, matched);
+      if (kind == LineKind::kDelimiter || kind == LineKind::kClosing) {
+        keep_delimiter(matched);
+        size_t end = lineStart == 0 ? 0 : lineStart - 1;
+        if (end > 0 && pending[end - 1] == '\r') --end;
+        return take_body(pending, end);
+      }
+      if (kind == LineKind::kNeedMore) break;
+      size_t newline = pending.find('\n', std::max(scanFrom, lineStart));
+      if (newline == std::string::npos) {
+        scanFrom = pending.size();
+        break;
+      }
+      lineStart = scanFrom = newline + 1;
     }
-    if (end != std::string::npos) {
-      data_.assign(pending.begin(), pending.begin() + static_cast<long>(end));
-      pending.erase(0, end);
-      return 0;
-    }
-    if (pending.size() > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
-    searchFrom = pending.size() > marker.size() ? pending.size() - marker.size() : 0;
+    // The part cannot end before the line end of the line in question.
+    size_t earliestEnd = kind == LineKind::kNeedMore ? lineStart : scanFrom;
+    if (earliestEnd > kMaxPartBytes + 2) return HTTP_ERR_PROTOCOL;
     ReadStatus status = input.fill(deadline);
     if (status != ReadStatus::kOk) return code_for_read_status(status);
   }
