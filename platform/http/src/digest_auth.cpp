@@ -60,37 +60,96 @@ const AlgorithmEntry* find_algorithm(const std::string& name) {
   return nullptr;
 }
 
-void skip_separators(const std::string& text, size_t& position) {
-  while (position < text.size() &&
-         (text[position] == ' ' || text[position] == '\t' || text[position] == ',')) {
-    ++position;
-  }
+// A challenge as written: its scheme and its name=value parameters.
+struct Parameter {
+  std::string name;
+  std::string value;
+};
+struct ChallengeText {
+  std::string scheme;
+  std::vector<Parameter> parameters;
+};
+
+size_t skip_blanks(const std::string& text, size_t position) {
+  while (position < text.size() && (text[position] == ' ' || text[position] == '\t')) ++position;
+  return position;
 }
 
-// Reads name=value or name="quoted value" from position.
-bool next_parameter(const std::string& text, size_t& position, std::string& name,
-                    std::string& value) {
-  skip_separators(text, position);
-  size_t equals = text.find('=', position);
-  if (position >= text.size() || equals == std::string::npos) return false;
-  name = text.substr(position, equals - position);
-  while (!name.empty() && (name.back() == ' ' || name.back() == '\t')) name.pop_back();
-  position = equals + 1;
-  while (position < text.size() && text[position] == ' ') ++position;
-  value.clear();
-  if (position < text.size() && text[position] == '"') {
-    for (++position; position < text.size() && text[position] != '"'; ++position) {
-      if (text[position] == '\\' && position + 1 < text.size()) ++position;
-      value += text[position];
+size_t token_end(const std::string& text, size_t position) {
+  while (position < text.size() && is_token_char(text[position])) ++position;
+  return position;
+}
+
+// Position after the comma that ends the list element at position (commas
+// inside quoted strings do not count), or the end of the text.
+size_t skip_element(const std::string& text, size_t position) {
+  bool quoted = false;
+  for (; position < text.size(); ++position) {
+    char c = text[position];
+    if (quoted && c == '\\') {
+      ++position;
+    } else if (c == '"') {
+      quoted = !quoted;
+    } else if (c == ',' && !quoted) {
+      return position + 1;
     }
-    ++position;
+  }
+  return text.size();
+}
+
+// The quoted string at position (the opening quote); position ends after it.
+std::string quoted_string(const std::string& text, size_t& position) {
+  std::string value;
+  for (++position; position < text.size() && text[position] != '"'; ++position) {
+    if (text[position] == '\\' && position + 1 < text.size()) ++position;
+    value += text[position];
+  }
+  ++position;
+  return value;
+}
+
+// Reads name = value (a token or a quoted string) at position. False when
+// the text there is something else, such as a scheme or a token68 ("a==").
+bool read_parameter(const std::string& text, size_t& position, Parameter& parameter) {
+  size_t nameEnd = token_end(text, position);
+  size_t equals = skip_blanks(text, nameEnd);
+  if (nameEnd == position || equals >= text.size() || text[equals] != '=') return false;
+  size_t valueStart = skip_blanks(text, equals + 1);
+  if (valueStart >= text.size() || text[valueStart] == '=' || text[valueStart] == ',') {
+    return false;
+  }
+  parameter.name = text.substr(position, nameEnd - position);
+  if (text[valueStart] == '"') {
+    position = valueStart;
+    parameter.value = quoted_string(text, position);
   } else {
-    size_t end = text.find_first_of(", \t", position);
-    if (end == std::string::npos) end = text.size();
-    value = text.substr(position, end - position);
-    position = end;
+    position = token_end(text, valueStart);
+    parameter.value = text.substr(valueStart, position - valueStart);
   }
   return true;
+}
+
+// A field value is a comma-separated list in which a scheme token begins a
+// new challenge and every name=value element belongs to the challenge
+// before it; a token68 after a scheme is passed over.
+std::vector<ChallengeText> parse_challenges(const std::string& value) {
+  std::vector<ChallengeText> challenges;
+  size_t position = 0;
+  while (position < value.size()) {
+    position = skip_blanks(value, position);
+    Parameter parameter;
+    if (!challenges.empty() && read_parameter(value, position, parameter)) {
+      challenges.back().parameters.push_back(parameter);
+    } else if (size_t schemeEnd = token_end(value, position); schemeEnd != position) {
+      challenges.push_back(ChallengeText{value.substr(position, schemeEnd - position), {}});
+      position = skip_blanks(value, schemeEnd);
+      if (read_parameter(value, position, parameter)) {
+        challenges.back().parameters.push_back(parameter);
+      }
+    }
+    position = skip_element(value, position);
+  }
+  return challenges;
 }
 
 bool has_qop_auth(const std::string& list) {
@@ -110,22 +169,28 @@ bool has_qop_auth(const std::string& list) {
   return false;
 }
 
-Challenge parse_digest(const std::string& parameters) {
+Challenge digest_challenge(const std::vector<Parameter>& parameters) {
   Challenge challenge;
   challenge.scheme = Challenge::Scheme::kDigest;
   challenge.algorithm = "MD5";
-  size_t position = 0;
-  std::string name, value;
-  while (next_parameter(parameters, position, name, value)) {
-    if (equals_ignore_case(name, "realm")) challenge.realm = value;
-    if (equals_ignore_case(name, "nonce")) challenge.nonce = value;
-    if (equals_ignore_case(name, "opaque")) challenge.opaque = value;
-    if (equals_ignore_case(name, "algorithm")) challenge.algorithm = value;
+  for (const Parameter& parameter : parameters) {
+    const std::string& name = parameter.name;
+    if (equals_ignore_case(name, "realm")) challenge.realm = parameter.value;
+    if (equals_ignore_case(name, "nonce")) challenge.nonce = parameter.value;
+    if (equals_ignore_case(name, "opaque")) challenge.opaque = parameter.value;
+    if (equals_ignore_case(name, "algorithm")) challenge.algorithm = parameter.value;
     if (equals_ignore_case(name, "qop")) {
       challenge.qopGiven = true;
-      challenge.qopAuth = has_qop_auth(value);
+      challenge.qopAuth = has_qop_auth(parameter.value);
     }
   }
+  return challenge;
+}
+
+Challenge challenge_of(const ChallengeText& text) {
+  if (equals_ignore_case(text.scheme, "Digest")) return digest_challenge(text.parameters);
+  Challenge challenge;
+  if (equals_ignore_case(text.scheme, "Basic")) challenge.scheme = Challenge::Scheme::kBasic;
   return challenge;
 }
 
@@ -137,19 +202,6 @@ int rank(const Challenge& challenge) {
   const AlgorithmEntry* entry = find_algorithm(challenge.algorithm);
   if (entry == nullptr) return 0;
   return std::strcmp(entry->hash, "SHA-256") == 0 ? 3 : 2;
-}
-
-Challenge parse_challenge(const std::string& value) {
-  size_t first = value.find_first_not_of(" \t");
-  if (first == std::string::npos) return Challenge{};
-  size_t end = value.find_first_of(" \t", first);
-  std::string scheme =
-      value.substr(first, end == std::string::npos ? std::string::npos : end - first);
-  std::string parameters = end == std::string::npos ? std::string() : value.substr(end);
-  if (equals_ignore_case(scheme, "Digest")) return parse_digest(parameters);
-  Challenge challenge;
-  if (equals_ignore_case(scheme, "Basic")) challenge.scheme = Challenge::Scheme::kBasic;
-  return challenge;
 }
 
 std::string quoted(const std::string& text) {
@@ -171,8 +223,10 @@ Challenge choose_challenge(const std::vector<Header>& headers) {
   Challenge best;
   for (const Header& header : headers) {
     if (!equals_ignore_case(header.name, "WWW-Authenticate")) continue;
-    Challenge candidate = parse_challenge(header.value);
-    if (rank(candidate) > rank(best)) best = candidate;
+    for (const ChallengeText& text : parse_challenges(header.value)) {
+      Challenge candidate = challenge_of(text);
+      if (rank(candidate) > rank(best)) best = candidate;
+    }
   }
   return best;
 }

@@ -114,27 +114,43 @@ uint32_t read_response_body(InputBuffer& input, Deadline deadline, const Respons
 
 // ---- multipart -----------------------------------------------------------
 
-// Boundary from a Content-Type value: quoted or not, "--" removed. Empty
-// when the value has none.
+// Boundary parameter of a Content-Type value, quoted or not, as given
+// (a leading "--" is kept). Empty when the value has none.
 std::string boundary_from_content_type(const std::string& contentType);
 
+// Reads the parts of a multipart body. A delimiter line is "--" and the
+// boundary as given; when the boundary itself begins with "--", a line that
+// is the boundary alone delimits too (the camera style). The first
+// delimiter line met decides which of the two the stream uses.
 class MultipartReader {
  public:
-  explicit MultipartReader(std::string boundary) : delimiter_("--" + std::move(boundary)) {}
+  explicit MultipartReader(const std::string& boundary);
   // Reads the next part into the reader's own storage. 0 or a result code.
   uint32_t next_part(InputBuffer& input, Deadline deadline);
   const std::string& content_type() const { return contentType_; }
   const std::vector<unsigned char>& data() const { return data_; }
+  // Hands the last part's bytes over, leaving the reader without them.
+  std::vector<unsigned char> take_data() { return std::move(data_); }
+
+  enum class LineKind { kNeedMore, kOther, kDelimiter, kClosing };
 
  private:
+  // What the line starting at start is; on a delimiter, which one matched.
+  LineKind classify_line(const std::string& data, size_t start, size_t& matched) const;
+  // From the first delimiter on, the stream's own delimiter alone is used.
+  void keep_delimiter(size_t matched);
   uint32_t skip_delimiter(InputBuffer& input, Deadline deadline);
+  uint32_t skip_preamble_line(std::string& pending);
   uint32_t read_part_headers(InputBuffer& input, Deadline deadline, std::vector<Header>& headers);
   uint32_t read_sized_body(InputBuffer& input, Deadline deadline, uint64_t length);
   uint32_t read_delimited_body(InputBuffer& input, Deadline deadline);
+  uint32_t take_body(std::string& pending, size_t end);
 
-  std::string delimiter_;
+  std::vector<std::string> delimiters_;  // candidates, the longer first
   std::string contentType_;
   std::vector<unsigned char> data_;
+  size_t preambleBytes_ = 0;
+  bool started_ = false;  // the first part has begun: no preamble any more
   bool finished_ = false;
 };
 
@@ -161,6 +177,7 @@ struct RequestLine {
   std::string version;
 };
 
+bool is_token_char(char c);
 bool is_token(const char* text);
 bool is_field_value(const char* text);
 bool is_request_target(const char* text);

@@ -8,11 +8,6 @@ namespace {
 
 constexpr char kTokenSpecials[] = "!#$%&'*+-.^_`|~";
 
-bool is_token_char(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-         (c != '\0' && std::strchr(kTokenSpecials, c) != nullptr);
-}
-
 bool is_ipv6_literal(const std::string& host) {
   return host.find(':') != std::string::npos;
 }
@@ -23,6 +18,11 @@ std::string host_with_port(const std::string& host, unsigned short port) {
 }
 
 }  // namespace
+
+bool is_token_char(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+         (c != '\0' && std::strchr(kTokenSpecials, c) != nullptr);
+}
 
 bool is_token(const char* text) {
   if (text == nullptr || *text == '\0') return false;
