@@ -23,21 +23,21 @@
 extern "C" {
 #endif
 
-#define HTTP_RESULT_OK        0x08000000u
+#define HTTP_RESULT_OK 0x08000000u
 #define HTTP_RESULT_STATUS200 0x08000200u
 
 /* Time-outs: the low 16 bits read 0x1000 or 0x7000. */
 #define HTTP_ERR_TIMEOUT_CONNECT 0x08001000u
-#define HTTP_ERR_TIMEOUT         0x08007000u
+#define HTTP_ERR_TIMEOUT 0x08007000u
 /* Other failures: a bit of 0xF000 set, never 0x1000 or 0x7000 alone. */
-#define HTTP_ERR_PARAM      0x08002000u /* null session, url, buffer...          */
-#define HTTP_ERR_CONNECT    0x08003000u /* connection refused or lost            */
-#define HTTP_ERR_SEND       0x08004000u /* the request could not be sent         */
-#define HTTP_ERR_PROTOCOL   0x08005000u /* the answer is not HTTP                */
-#define HTTP_ERR_CLOSED     0x08006000u /* closed in the middle of the answer    */
-#define HTTP_ERR_AUTH       0x08008000u /* authentication could not be answered */
-#define HTTP_ERR_NO_MEMORY  0x08009000u
-#define HTTP_ERR_STATE      0x0800A000u /* call out of order (no url set...)     */
+#define HTTP_ERR_PARAM 0x08002000u    /* null or closed session, url, buffer...*/
+#define HTTP_ERR_CONNECT 0x08003000u  /* connection refused or lost            */
+#define HTTP_ERR_SEND 0x08004000u     /* the request could not be sent         */
+#define HTTP_ERR_PROTOCOL 0x08005000u /* the answer is not HTTP                */
+#define HTTP_ERR_CLOSED 0x08006000u   /* closed in the middle of the answer    */
+#define HTTP_ERR_AUTH 0x08008000u     /* authentication could not be answered */
+#define HTTP_ERR_NO_MEMORY 0x08009000u
+#define HTTP_ERR_STATE 0x0800A000u /* call out of order (no url set...)     */
 
 /* Size of the session record's head that the requester copies and hands to
  * the upper layer; the record is at least this long. */
@@ -46,8 +46,8 @@ extern "C" {
 /* The session record. It begins with the host text and the port; the rest
  * is the library's own. */
 typedef struct HTTP_SESSION {
-  char* pcHost;            /* host (camera) address text          */
-  unsigned short usPort;   /* camera port                         */
+  char* pcHost;                                     /* host (camera) address text          */
+  unsigned short usPort;                            /* camera port                         */
   unsigned char aucPrivate[HTTP_SESSION_INFO_SIZE]; /* library's own */
 } HTTP_SESSION;
 
@@ -93,6 +93,9 @@ uint32_t http_add_header(HTTP_SESSION* psSession, const char* pcName, const char
  * once on a new connection (through the proxy when there is one) with the
  * strongest challenge offered: Digest SHA-256, Digest MD5 (also -sess;
  * qop=auth or none, nc=00000001, a fresh cnonce, uri = the path), Basic.
+ * The challenges may come in WWW-Authenticate fields of their own or
+ * several in one field (a scheme name begins the next challenge; commas
+ * inside quoted strings do not split); among equals the first one wins.
  * HTTP_RESULT_OK, or HTTP_ERR_PARAM for a null session or user, a user with
  * ':' or either text with CR or LF. A null password is empty. */
 uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* pcPassword);
@@ -129,7 +132,14 @@ uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeo
 uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec);
 
 /* Closes the connection and frees the session and everything it holds,
- * after any failure. 0, or -1 for null. */
+ * after any failure. 0, or -1 for null or a handle that is not an open
+ * session (closed already). It may run while other threads are inside, or
+ * just entering, any call on the same session, typically the push readers
+ * below: a reader waiting for bytes wakes at once, and every such call
+ * returns an error (HTTP_ERR_CLOSED from the readers, HTTP_ERR_PARAM from
+ * the others); the session's memory goes when the last of them has left.
+ * A closed handle is never read through, and its address is not given to
+ * a new session before 10 s and 64 further closes have passed. */
 int http_close_session(HTTP_SESSION* psSession);
 
 /* ---- Extensions of this replacement ------------------------------------ */
@@ -147,29 +157,39 @@ typedef struct HTTP_PUSH_PART {
 
 /* Reads the next part of a server push within iTimeoutMs; 0 and the part,
  * or a result code. The boundary comes from the push's Content-Type,
- * quoted or not, with or without a leading "--"; a missing first boundary
- * is tolerated; a part is sized by its Content-Length or ends at the next
- * boundary. The part's data stay valid until the next call on the session.
+ * quoted or not, with or without a leading "--": a delimiter line is "--"
+ * and the boundary as given, followed by optional blanks; when the boundary
+ * begins with "--", a line of the boundary alone delimits as well (the
+ * first delimiter decides which form the stream uses). Text before the
+ * first delimiter (a preamble, up to 64 KiB) is skipped; a missing first
+ * delimiter is tolerated when the part's headers come at once. A part is
+ * sized by its Content-Length or ends at the line end before the next
+ * delimiter line; either way it holds at most 16 MiB. The part's data stay
+ * valid until the next call on the session; when the session is closed
+ * meanwhile, for 10 s after the close.
  *   HTTP_ERR_PARAM     null session or part
  *   HTTP_ERR_STATE     no successful http_do_server_push before
  *   HTTP_ERR_TIMEOUT   the part did not come whole within iTimeoutMs
- *   HTTP_ERR_CLOSED    the stream ended (closed, or the closing boundary)
+ *   HTTP_ERR_CLOSED    the stream ended (closed, or the closing
+ *                      delimiter), or the session was closed
  *   HTTP_ERR_PROTOCOL  no boundary in the Content-Type, bad part headers,
- *                      a part over 16 MiB
+ *                      a part over 16 MiB, a preamble over 64 KiB
  *   HTTP_ERR_CONNECT   the receive failed */
 uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, int iTimeoutMs);
 
 /* Reads up to ulMax raw bytes of a pushed body (audio); the count read in
  * *pulRead (at least 1 on success). 0, or a result code: HTTP_ERR_PARAM,
  * HTTP_ERR_STATE (no push before), HTTP_ERR_TIMEOUT (nothing within
- * iTimeoutMs), HTTP_ERR_CLOSED (the camera closed), HTTP_ERR_CONNECT. */
+ * iTimeoutMs), HTTP_ERR_CLOSED (the camera closed, or the session was
+ * closed), HTTP_ERR_CONNECT. */
 uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, size_t* pulRead,
                         int iTimeoutMs);
 
 /* Divides every time-out of this library by iDivisor (1 = real time;
- * values below 1 count as 1). The only state shared by all sessions; every
- * other call touches its own session alone and may run on any thread, one
- * call at a time per session. */
+ * values below 1 count as 1). Every other call touches its own session
+ * alone and may run on any thread. Calls on one session are served one at
+ * a time: a second one waits for the first, except http_close_session,
+ * which never waits and wakes a reader that waits for bytes. */
 void http_set_timeout_divisor(int iDivisor);
 
 #ifdef __cplusplus

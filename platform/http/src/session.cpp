@@ -5,10 +5,12 @@
 
 #include <atomic>
 #include <cstring>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <optional>
+#include <unordered_map>
 
 #include "kxhttp_internal.h"
 
@@ -16,8 +18,14 @@ namespace kxhttp {
 namespace {
 
 struct SessionImpl {
+  ~SessionImpl() {
+    int socket = fd.exchange(-1);
+    if (socket >= 0) close(socket);
+  }
   std::mutex lock;  // one call at a time per session
-  std::string host;
+  // Guards a change of fd against the shutdown by a close on another thread.
+  std::mutex socketLock;
+  std::atomic<bool> closed{false};
   Endpoint camera;
   std::optional<Endpoint> proxy;
   long connectTimeoutMs = 0;  // as given; scaled when used
@@ -32,25 +40,110 @@ struct SessionImpl {
   SocketSource source{-1};
   InputBuffer input;
   std::unique_ptr<MultipartReader> multipart;
+  std::shared_ptr<const std::vector<unsigned char>> lastPart;  // under socketLock
   bool pushReady = false;  // status and headers of a push were read
   ResponseHead pushHead;
 };
 
-// The record handed out: the device's head first, so that a pointer to the
-// record is a pointer to its head.
+using PartBytes = std::shared_ptr<const std::vector<unsigned char>>;
+
+// A closed session's record, and the last part it delivered, stay this
+// long and for this many later closes before their memory may be reused:
+// a reader on another thread may still be busy with that part, or just
+// entering a call with the closed handle.
+constexpr size_t kRetiredRecords = 64;
+constexpr auto kRetiredTime = std::chrono::seconds(10);
+
+// The record handed out: the device's head, and the host text it points to.
 struct SessionRecord {
-  HTTP_SESSION head;
-  SessionImpl* impl;
+  HTTP_SESSION head{};
+  std::string host;
 };
 static_assert(sizeof(HTTP_SESSION) >= HTTP_SESSION_INFO_SIZE, "session head too short");
 
-SessionRecord* record_of(HTTP_SESSION* session) {
-  return reinterpret_cast<SessionRecord*>(session);
+// Marks the session closed and wakes a call that waits on its socket; the
+// socket itself is closed when the last call has left. Returns the last
+// part delivered.
+PartBytes shut_down(SessionImpl& impl) {
+  std::lock_guard<std::mutex> guard(impl.socketLock);
+  impl.closed.store(true);
+  int fd = impl.fd.load();
+  if (fd >= 0) shutdown(fd, SHUT_RDWR);
+  return std::move(impl.lastPart);
+}
+
+// Hands a part to the caller unless the session was closed meanwhile.
+bool deliver_part(SessionImpl& impl, PartBytes part) {
+  std::lock_guard<std::mutex> guard(impl.socketLock);
+  if (impl.closed.load()) return false;
+  impl.lastPart = std::move(part);
+  return true;
+}
+
+// The open sessions, by the handle handed out. A call finds its session
+// here and holds a reference for its duration, so that a close on another
+// thread never frees a session under a call: the last reference frees it.
+// The handle is never read through, so a closed or foreign handle is only
+// not found.
+class SessionRegistry {
+ public:
+  HTTP_SESSION* add(std::unique_ptr<SessionRecord> record, std::shared_ptr<SessionImpl> impl) {
+    HTTP_SESSION* handle = &record->head;
+    std::lock_guard<std::mutex> guard(mutex_);
+    live_.emplace(handle, Live{std::move(record), std::move(impl)});
+    return handle;
+  }
+  std::shared_ptr<SessionImpl> find(const HTTP_SESSION* handle) {
+    std::lock_guard<std::mutex> guard(mutex_);
+    auto found = live_.find(handle);
+    return found == live_.end() ? nullptr : found->second.impl;
+  }
+  // Takes the session out and shuts it down; null when the handle is not
+  // an open session.
+  std::shared_ptr<SessionImpl> remove(const HTTP_SESSION* handle) {
+    std::lock_guard<std::mutex> guard(mutex_);
+    auto found = live_.find(handle);
+    if (found == live_.end()) return nullptr;
+    std::shared_ptr<SessionImpl> impl = std::move(found->second.impl);
+    Clock::time_point now = Clock::now();
+    retired_.push_back(Retired{std::move(found->second.record), shut_down(*impl), now});
+    live_.erase(found);
+    while (retired_.size() > kRetiredRecords && now - retired_.front().since > kRetiredTime) {
+      retired_.pop_front();
+    }
+    for (Retired& old : retired_) {
+      if (now - old.since <= kRetiredTime) break;
+      old.lastPart.reset();
+    }
+    return impl;
+  }
+
+ private:
+  struct Live {
+    std::unique_ptr<SessionRecord> record;
+    std::shared_ptr<SessionImpl> impl;
+  };
+  struct Retired {
+    std::unique_ptr<SessionRecord> record;
+    PartBytes lastPart;
+    Clock::time_point since;
+  };
+  std::mutex mutex_;
+  std::unordered_map<const HTTP_SESSION*, Live> live_;
+  std::deque<Retired> retired_;
+};
+
+SessionRegistry& registry() {
+  static SessionRegistry sessions;
+  return sessions;
 }
 
 void close_connection(SessionImpl& impl) {
-  int fd = impl.fd.exchange(-1);
-  if (fd >= 0) close(fd);
+  {
+    std::lock_guard<std::mutex> guard(impl.socketLock);
+    int fd = impl.fd.exchange(-1);
+    if (fd >= 0) close(fd);
+  }
   impl.input.pending.clear();
   impl.multipart.reset();
   impl.pushReady = false;
@@ -68,6 +161,11 @@ uint32_t reconnect(SessionImpl& impl, Deadline deadline) {
   uint32_t code = 0;
   int fd = connect_endpoint(connect_target(impl), timeout, code);
   if (fd < 0) return code;
+  std::lock_guard<std::mutex> guard(impl.socketLock);
+  if (impl.closed.load()) {
+    close(fd);
+    return HTTP_ERR_CLOSED;
+  }
   impl.fd.store(fd);
   impl.connectionUsed = false;
   return 0;
@@ -156,10 +254,15 @@ HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort
                                        const char* pcProxyHost, unsigned short usProxyPort,
                                        int /*iReserved5*/, int iTimeoutMs, int /*iReserved7*/) {
   if (pcHost == nullptr || *pcHost == '\0') return nullptr;
-  auto impl = std::unique_ptr<SessionImpl>(new (std::nothrow) SessionImpl);
-  auto record = std::unique_ptr<SessionRecord>(new (std::nothrow) SessionRecord{});
-  if (!impl || !record) return nullptr;
-  impl->host = pcHost;
+  std::shared_ptr<SessionImpl> impl;
+  std::unique_ptr<SessionRecord> record;
+  try {
+    impl = std::make_shared<SessionImpl>();
+    record = std::make_unique<SessionRecord>();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+  record->host = pcHost;
   impl->camera = kxhttp::Endpoint{kxhttp::strip_brackets(pcHost), usPort, true};
   if (pcProxyHost != nullptr && *pcProxyHost != '\0') {
     impl->proxy = kxhttp::Endpoint{kxhttp::strip_brackets(pcProxyHost), usProxyPort, false};
@@ -170,68 +273,65 @@ HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort
                                     kxhttp::scaled_timeout_ms(impl->connectTimeoutMs), code);
   if (fd < 0) return nullptr;
   impl->fd.store(fd);
-  record->head.pcHost = &impl->host[0];
+  record->head.pcHost = &record->host[0];
   record->head.usPort = usPort;
-  record->impl = impl.release();
-  return &record.release()->head;
+  return kxhttp::registry().add(std::move(record), std::move(impl));
 }
 
 uint32_t http_set_url(HTTP_SESSION* psSession, const char* pcMethod, const char* pcUrl,
                       const char* pcVersion) {
-  if (psSession == nullptr || !kxhttp::is_token(pcMethod) || !kxhttp::is_request_target(pcUrl) ||
+  if (!kxhttp::is_token(pcMethod) || !kxhttp::is_request_target(pcUrl) ||
       !kxhttp::is_request_target(pcVersion)) {
     return HTTP_ERR_PARAM;
   }
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
-  impl.line = kxhttp::RequestLine{pcMethod, pcUrl, pcVersion};
-  impl.hasUrl = true;
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_PARAM;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  impl->line = kxhttp::RequestLine{pcMethod, pcUrl, pcVersion};
+  impl->hasUrl = true;
   return HTTP_RESULT_OK;
 }
 
 uint32_t http_add_header(HTTP_SESSION* psSession, const char* pcName, const char* pcValue) {
-  if (psSession == nullptr || !kxhttp::is_token(pcName) || !kxhttp::is_field_value(pcValue)) {
-    return HTTP_ERR_PARAM;
-  }
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
-  impl.headers.push_back(kxhttp::Header{pcName, pcValue});
+  if (!kxhttp::is_token(pcName) || !kxhttp::is_field_value(pcValue)) return HTTP_ERR_PARAM;
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_PARAM;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  impl->headers.push_back(kxhttp::Header{pcName, pcValue});
   return HTTP_RESULT_OK;
 }
 
 uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* pcPassword) {
-  if (psSession == nullptr || pcUser == nullptr || std::strchr(pcUser, ':') != nullptr ||
-      !kxhttp::is_field_value(pcUser) ||
+  if (pcUser == nullptr || std::strchr(pcUser, ':') != nullptr || !kxhttp::is_field_value(pcUser) ||
       (pcPassword != nullptr && !kxhttp::is_field_value(pcPassword))) {
     return HTTP_ERR_PARAM;
   }
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
-  impl.hasCredentials = true;
-  impl.user = pcUser;
-  impl.password = pcPassword != nullptr ? pcPassword : "";
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_PARAM;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  impl->hasCredentials = true;
+  impl->user = pcUser;
+  impl->password = pcPassword != nullptr ? pcPassword : "";
   return HTTP_RESULT_OK;
 }
 
 uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeoutSec) {
-  if (psSession == nullptr || psBuf == nullptr || psBuf->pcBuffer == nullptr ||
-      psBuf->ulSize == 0) {
-    return HTTP_ERR_PARAM;
-  }
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
+  if (psBuf == nullptr || psBuf->pcBuffer == nullptr || psBuf->ulSize == 0) return HTTP_ERR_PARAM;
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_PARAM;
+  std::lock_guard<std::mutex> guard(impl->lock);
   psBuf->pcBuffer[0] = '\0';
   psBuf->ulLength = 0;
   psBuf->ulStatus = 0;
-  impl.multipart.reset();
-  impl.pushReady = false;
+  impl->multipart.reset();
+  impl->pushReady = false;
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
   kxhttp::ResponseHead head;
-  uint32_t code = kxhttp::exchange(impl, deadline, head);
+  uint32_t code = kxhttp::exchange(*impl, deadline, head);
   if (code != 0) return code;
   size_t stored = 0;
-  bool headRequest = impl.line.method == "HEAD";
-  code = kxhttp::read_response_body(impl.input, deadline, head, headRequest, psBuf->pcBuffer,
+  bool headRequest = impl->line.method == "HEAD";
+  code = kxhttp::read_response_body(impl->input, deadline, head, headRequest, psBuf->pcBuffer,
                                     psBuf->ulSize, stored);
   psBuf->ulLength = static_cast<uint32_t>(stored);
   psBuf->ulStatus = static_cast<uint32_t>(head.status);
@@ -239,61 +339,57 @@ uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeo
 }
 
 uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec) {
-  if (psSession == nullptr) return HTTP_ERR_PARAM;
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
-  impl.multipart.reset();
-  impl.pushReady = false;
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_PARAM;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  impl->multipart.reset();
+  impl->pushReady = false;
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
   kxhttp::ResponseHead head;
-  uint32_t code = kxhttp::exchange(impl, deadline, head);
+  uint32_t code = kxhttp::exchange(*impl, deadline, head);
   if (code != 0) return code;
-  impl.pushHead = head;
-  impl.pushReady = true;
+  impl->pushHead = head;
+  impl->pushReady = true;
   return kxhttp::code_for_status(head.status);
 }
 
 int http_close_session(HTTP_SESSION* psSession) {
-  if (psSession == nullptr) return -1;
-  SessionRecord* record = kxhttp::record_of(psSession);
-  // Wakes a reader of the push that still waits for bytes, so that the
-  // close does not wait for the reader's time-out.
-  int fd = record->impl->fd.load();
-  if (fd >= 0) shutdown(fd, SHUT_RDWR);
-  {
-    std::lock_guard<std::mutex> guard(record->impl->lock);
-    kxhttp::close_connection(*record->impl);
-  }
-  delete record->impl;
-  delete record;
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().remove(psSession);
+  if (!impl) return -1;
+  // The registry shut the socket down: a reader of the push on another
+  // thread wakes now and leaves. The session goes with the last reference.
   return 0;
 }
 
 int http_session_socket(HTTP_SESSION* psSession) {
-  if (psSession == nullptr) return -1;
-  return kxhttp::record_of(psSession)->impl->fd.load();
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  return impl ? impl->fd.load() : -1;
 }
 
 uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, int iTimeoutMs) {
   if (psSession == nullptr || psPart == nullptr) return HTTP_ERR_PARAM;
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
   std::memset(psPart, 0, sizeof *psPart);
-  if (!impl.pushReady) return HTTP_ERR_STATE;
-  if (!impl.multipart) {
-    const std::string* type = kxhttp::find_header(impl.pushHead.headers, "Content-Type");
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_CLOSED;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  if (impl->closed.load()) return HTTP_ERR_CLOSED;
+  if (!impl->pushReady) return HTTP_ERR_STATE;
+  if (!impl->multipart) {
+    const std::string* type = kxhttp::find_header(impl->pushHead.headers, "Content-Type");
     std::string boundary = type ? kxhttp::boundary_from_content_type(*type) : std::string();
     if (boundary.empty()) return HTTP_ERR_PROTOCOL;
-    impl.multipart = std::make_unique<kxhttp::MultipartReader>(boundary);
+    impl->multipart = std::make_unique<kxhttp::MultipartReader>(boundary);
   }
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
-  uint32_t code = impl.multipart->next_part(impl.input, deadline);
+  uint32_t code = impl->multipart->next_part(impl->input, deadline);
   if (code != 0) return code;
-  const std::string& type = impl.multipart->content_type();
+  auto part = std::make_shared<const std::vector<unsigned char>>(impl->multipart->take_data());
+  if (!kxhttp::deliver_part(*impl, part)) return HTTP_ERR_CLOSED;
+  const std::string& type = impl->multipart->content_type();
   size_t typeLength = std::min(type.size(), sizeof psPart->acContentType - 1);
   std::memcpy(psPart->acContentType, type.data(), typeLength);
-  psPart->pucData = const_cast<unsigned char*>(impl.multipart->data().data());
-  psPart->ulLength = impl.multipart->data().size();
+  psPart->pucData = const_cast<unsigned char*>(part->data());
+  psPart->ulLength = part->size();
   return 0;
 }
 
@@ -303,17 +399,19 @@ uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, siz
   if (psSession == nullptr || pvData == nullptr || pulRead == nullptr || ulMax == 0) {
     return HTTP_ERR_PARAM;
   }
-  SessionImpl& impl = *kxhttp::record_of(psSession)->impl;
-  std::lock_guard<std::mutex> guard(impl.lock);
-  if (!impl.pushReady) return HTTP_ERR_STATE;
-  if (impl.input.pending.empty()) {
+  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  if (!impl) return HTTP_ERR_CLOSED;
+  std::lock_guard<std::mutex> guard(impl->lock);
+  if (impl->closed.load()) return HTTP_ERR_CLOSED;
+  if (!impl->pushReady) return HTTP_ERR_STATE;
+  if (impl->input.pending.empty()) {
     kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
-    kxhttp::ReadStatus status = impl.input.fill(deadline);
+    kxhttp::ReadStatus status = impl->input.fill(deadline);
     if (status != kxhttp::ReadStatus::kOk) return kxhttp::code_for_read_status(status);
   }
-  size_t count = std::min(ulMax, impl.input.pending.size());
-  std::memcpy(pvData, impl.input.pending.data(), count);
-  impl.input.pending.erase(0, count);
+  size_t count = std::min(ulMax, impl->input.pending.size());
+  std::memcpy(pvData, impl->input.pending.data(), count);
+  impl->input.pending.erase(0, count);
   *pulRead = count;
   return 0;
 }
