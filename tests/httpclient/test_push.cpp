@@ -206,3 +206,207 @@ TEST_F(HttpClientTest, ReadersNeedAPushFirst) {
   EXPECT_EQ(HTTP_ERR_STATE, http_push_read(session, chunk, sizeof chunk, &got, 100));
   EXPECT_EQ(0, http_close_session(session));
 }
+
+// ---- delimiter forms ------------------------------------------------------
+
+namespace {
+
+struct DelimiterForm {
+  const char* name;
+  const char* contentType;
+  const char* delimiterLine;  // as it stands in the stream, before CR LF
+  const char* preamble;       // text before the first delimiter
+};
+
+// RFC 2046 streams whose boundary itself begins with "--", with and
+// without a preamble, next to the usual camera forms.
+const DelimiterForm kDelimiterForms[] = {
+    {"RfcDashedQuoted", "multipart/x-mixed-replace; boundary=\"--zz\"", "----zz", ""},
+    {"RfcDashedWithBlank", "multipart/x-mixed-replace; boundary=\"--b q\"", "----b q", ""},
+    {"RfcBrowserStyle", "multipart/x-mixed-replace; boundary=----WebKitFormBoundary7MA4YWxkTrZu0gW",
+     "------WebKitFormBoundary7MA4YWxkTrZu0gW", ""},
+    {"RfcDashedAfterPreamble", "multipart/x-mixed-replace; boundary=\"--zz\"", "----zz",
+     "This is a multi-part message in MIME format.\r\n\r\nIt has two lines --zz.\r\n"},
+    {"PlainAfterPreamble", "multipart/x-mixed-replace; boundary=frame", "--frame",
+     "preamble without a colon\r\n"},
+    {"CameraDashed", "multipart/x-mixed-replace; boundary=--zz", "--zz", ""},
+    {"CameraDashedAfterPreamble", "multipart/x-mixed-replace;boundary=\"--zz\"", "--zz",
+     "junk before the stream\n"},
+    {"PaddingAfterDelimiter", "multipart/x-mixed-replace; boundary=\"--zz\"", "----zz \t", ""},
+    {"BoundaryNotLast", "multipart/x-mixed-replace; boundary=\"--b;q\"; charset=x", "----b;q", ""},
+};
+
+// Two parts, the first sized and the second delimited, then the closing
+// delimiter and an epilogue.
+std::string stream_of(const DelimiterForm& form) {
+  const std::string line = form.delimiterLine;
+  // The closing delimiter: "--" right after the delimiter, padding after.
+  const std::string closing = line.substr(0, line.find_last_not_of(" \t") + 1) + "-- ";
+  return std::string(form.preamble) + line +
+         "\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(kJpegA.size()) +
+         "\r\n\r\n" + kJpegA + "\r\n" + line + "\r\nContent-Type: image/jpeg\r\n\r\n" + kJpegB +
+         "\r\n" + closing + "\r\nepilogue\r\n";
+}
+
+}  // namespace
+
+class DelimiterFormTest : public HttpClientTest,
+                          public ::testing::WithParamInterface<DelimiterForm> {};
+
+TEST_P(DelimiterFormTest, BothPartsThenTheEnd) {
+  const DelimiterForm& form = GetParam();
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session = start_push(server, push_head(form.contentType) + stream_of(form), true);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_STREQ("image/jpeg", received.acContentType);
+  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, DelimiterFormTest, ::testing::ValuesIn(kDelimiterForms),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(HttpClientTest, RfcDelimitersArriveByteByByte) {
+  const DelimiterForm& form = kDelimiterForms[3];
+  ScriptedServer server("127.0.0.1");
+  server.add([&form](Connection& c) {
+    c.read_head();
+    c.send(push_head(form.contentType));
+    c.drip(stream_of(form), std::chrono::milliseconds(0));
+    c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push", "HTTP/1.0");
+  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, CameraStyleLinesInsideAnRfcStreamAreData) {
+  // Once "----zz" delimited, a "--zz" line is a picture's bytes.
+  const std::string picture = "line one\r\n--zz\r\nline three";
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session = start_push(server,
+                                     push_head("multipart/x-mixed-replace; boundary=\"--zz\"") +
+                                         "----zz\r\n\r\n" + picture + "\r\n----zz\r\n",
+                                     true);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(picture, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, PreambleOver64KiBIsAProtocolError) {
+  std::string preamble;
+  while (preamble.size() <= 64 * 1024) preamble += "no delimiter on this line\r\n";
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session =
+      start_push(server, push_head("multipart/x-mixed-replace; boundary=b") + preamble, true);
+  ASSERT_NE(nullptr, session);
+  HTTP_PUSH_PART received{};
+  EXPECT_EQ(HTTP_ERR_PROTOCOL, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+// ---- the 16 MiB part limit ------------------------------------------------
+
+namespace {
+
+constexpr size_t kPartLimit = 16 * 1024 * 1024;
+
+// How the bytes of a large part reach the client.
+enum class Arrival { kAtOnce, kDelimiterLater, kSmallPieces };
+
+struct LimitCase {
+  size_t size;
+  bool sized;  // Content-Length given
+  Arrival arrival;
+};
+
+std::string limit_case_name(const LimitCase& c) {
+  static const char* const kArrivals[] = {"AtOnce", "DelimiterLater", "SmallPieces"};
+  std::string extra = c.size >= kPartLimit ? std::to_string(c.size - kPartLimit)
+                                           : "Minus" + std::to_string(kPartLimit - c.size);
+  return std::string(c.sized ? "Sized" : "Delimited") + "Limit" +
+         (c.size >= kPartLimit ? "Plus" : "") + extra + kArrivals[static_cast<int>(c.arrival)];
+}
+
+// Picture-like bytes: lines, and lines that almost delimit.
+std::string large_part(size_t size) {
+  std::string data(size, 'p');
+  for (size_t at = 1000; at + 8 < size; at += 4096) data.replace(at, 6, "\r\n--b-");
+  return data;
+}
+
+void send_in_pieces(Connection& c, const std::string& bytes, size_t piece) {
+  for (size_t at = 0; at < bytes.size(); at += piece) c.send(bytes.substr(at, piece));
+}
+
+}  // namespace
+
+class PartLimitTest : public HttpClientTest, public ::testing::WithParamInterface<LimitCase> {};
+
+TEST_P(PartLimitTest, OnlyPartsUpTo16MiBComeOut) {
+  const LimitCase& c = GetParam();
+  const std::string data = large_part(c.size);
+  std::string head = "--b\r\nContent-Type: image/jpeg\r\n";
+  if (c.sized) head += "Content-Length: " + std::to_string(c.size) + "\r\n";
+  head += "\r\n";
+  const std::string tail = "\r\n--b\r\n";
+  ScriptedServer server("127.0.0.1");
+  server.add([&](Connection& conn) {
+    conn.read_head();
+    conn.send(push_head("multipart/x-mixed-replace; boundary=b") + head);
+    if (c.arrival == Arrival::kSmallPieces) {
+      send_in_pieces(conn, data + tail, 1021);
+    } else if (c.arrival == Arrival::kDelimiterLater) {
+      conn.send(data);
+      conn.drip(tail, std::chrono::milliseconds(5));
+    } else {
+      conn.send(data + tail);
+    }
+    conn.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push", "HTTP/1.0");
+  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  HTTP_PUSH_PART received{};
+  uint32_t code = http_push_next_part(session, &received, 30000);
+  if (c.size <= kPartLimit) {
+    ASSERT_EQ(0u, code) << std::hex << code;
+    ASSERT_EQ(c.size, received.ulLength);
+    EXPECT_TRUE(std::string(reinterpret_cast<char*>(received.pucData), received.ulLength) == data);
+  } else {
+    EXPECT_EQ(HTTP_ERR_PROTOCOL, code) << std::hex << code;
+    EXPECT_EQ(0u, received.ulLength);
+  }
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sizes, PartLimitTest,
+    ::testing::Values(LimitCase{kPartLimit, false, Arrival::kAtOnce},
+                      LimitCase{kPartLimit, false, Arrival::kDelimiterLater},
+                      LimitCase{kPartLimit, false, Arrival::kSmallPieces},
+                      LimitCase{kPartLimit + 1, false, Arrival::kAtOnce},
+                      LimitCase{kPartLimit + 1, false, Arrival::kDelimiterLater},
+                      LimitCase{kPartLimit + 1, false, Arrival::kSmallPieces},
+                      LimitCase{kPartLimit + 2, false, Arrival::kSmallPieces},
+                      LimitCase{kPartLimit + 3000, false, Arrival::kAtOnce},
+                      LimitCase{kPartLimit + 3000, false, Arrival::kSmallPieces},
+                      LimitCase{kPartLimit, true, Arrival::kAtOnce},
+                      LimitCase{kPartLimit + 1, true, Arrival::kAtOnce}),
+    [](const auto& info) { return limit_case_name(info.param); });
