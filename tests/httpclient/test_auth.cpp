@@ -226,3 +226,85 @@ TEST_F(HttpClientTest, RetryConnectionThatTimesOutIsAConnectTimeOut) {
   close(first);
   for (int fd : fillers) close(fd);
 }
+
+// ---- several challenges in one field --------------------------------------
+
+namespace {
+
+struct FieldCase {
+  const char* name;
+  const char* field;      // the one WWW-Authenticate value
+  const char* algorithm;  // what must be answered; "Basic" for Basic
+  const char* realm;
+  const char* nonce;
+};
+
+// RFC 9110 11.6.1: a scheme token begins a new challenge; quoted strings
+// may hold commas.
+const FieldCase kFieldCases[] = {
+    {"BasicThenDigestMd5",
+     "Basic realm=\"x\", Digest realm=\"x\", nonce=\"n-md5\", algorithm=MD5, qop=\"auth\"", "MD5",
+     "x", "n-md5"},
+    {"DigestSha256ThenMd5",
+     "Digest realm=\"r\", nonce=\"n-sha\", algorithm=SHA-256, qop=\"auth\", "
+     "Digest realm=\"r\", nonce=\"n-md5\", algorithm=MD5, qop=\"auth\"",
+     "SHA-256", "r", "n-sha"},
+    {"DigestMd5ThenSha256",
+     "Digest realm=\"r\", nonce=\"n-md5\", algorithm=MD5, qop=\"auth\", "
+     "Digest realm=\"r\", nonce=\"n-sha\", algorithm=SHA-256, qop=\"auth\"",
+     "SHA-256", "r", "n-sha"},
+    {"CommasInsideQuotes",
+     "Negotiate abc==, Digest realm=\"cams, floor 2\", nonce=\"a,b\", qop=\"auth,auth-int\", "
+     "algorithm=SHA-256, Basic realm=\"x\"",
+     "SHA-256", "cams, floor 2", "a,b"},
+    {"ParametersOfALaterSchemeStayThere",
+     "Digest realm=\"r\", nonce=\"n1\", qop=auth, Newauth realm=\"other\", algorithm=SHA-256, "
+     "nonce=\"n2\"",
+     "MD5", "r", "n1"},
+    {"TwoBasics", "Basic realm=\"a\", Basic realm=\"b\"", "Basic", "a", ""},
+    {"LooseBlanks",
+     "Basic realm = \"x\" ,Digest   realm=\"y\" , nonce = \"n\" ,algorithm = SHA-256 ,qop=auth",
+     "SHA-256", "y", "n"},
+};
+
+}  // namespace
+
+class ChallengeFieldTest : public HttpClientTest,
+                           public ::testing::WithParamInterface<FieldCase> {};
+
+TEST_P(ChallengeFieldTest, TheStrongestChallengeOfTheFieldIsAnswered) {
+  const FieldCase& c = GetParam();
+  ScriptedServer server("127.0.0.1");
+  server.add([&server, &c](Connection& conn) {
+    server.record(conn.read_head());
+    conn.send(
+        response("HTTP/1.0 401 Unauthorized", "", {std::string("WWW-Authenticate: ") + c.field}));
+  });
+  server.add([&server, &c](Connection& conn) {
+    std::string head = conn.read_head();
+    server.record(head);
+    std::string answer = header_value(head, "Authorization");
+    bool good = false;
+    if (std::string(c.algorithm) == "Basic") {
+      good = answer == "Basic " + base64(std::string(kUser) + ":" + kPassword);
+    } else {
+      auto p = digest_parameters(answer);
+      good = answer.compare(0, 7, "Digest ") == 0 && p["algorithm"] == c.algorithm &&
+             p["realm"] == c.realm && p["nonce"] == c.nonce && p["qop"] == "auth" &&
+             p["response"] == digest_response(c.algorithm, kUser, c.realm, kPassword, "GET", "/f",
+                                              c.nonce, p["nc"], p["cnonce"]);
+    }
+    conn.send(good ? response("HTTP/1.0 200 OK", "in") : response("HTTP/1.0 403 Forbidden", ""));
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  EXPECT_EQ(HTTP_RESULT_OK, http_set_auth(session, kUser, kPassword));
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/f", buffer));
+  EXPECT_EQ(0, http_close_session(session));
+  ASSERT_TRUE(server.wait_idle());
+  EXPECT_EQ(2, server.accepted());
+}
+
+INSTANTIATE_TEST_SUITE_P(Fields, ChallengeFieldTest, ::testing::ValuesIn(kFieldCases),
+                         [](const auto& info) { return std::string(info.param.name); });
