@@ -18,6 +18,14 @@ namespace {
 const char kUser[] = "operator";
 const char kPassword[] = "cam pass";
 
+// A push as RFC 2046 writes it, boundary "--zz": a preamble, a sized part,
+// a delimited part holding a camera-style line, the closing delimiter.
+const char kRfcPush[] =
+    "This is a multi-part message in MIME format.\r\n"
+    "----zz\r\nContent-Type: image/jpeg\r\nContent-Length: 13\r\n\r\nfirst picture\r\n"
+    "----zz\r\nContent-Type: image/jpeg\r\n\r\nsecond\r\n--zz\r\npicture\r\n"
+    "----zz--\r\nepilogue\r\n";
+
 HTTP_SESSION* open_via_proxy(const char* camera, unsigned short cameraPort, const char* proxy,
                              unsigned short proxyPort) {
   return http_open_session_to_ret(camera, cameraPort, proxy, proxyPort, 0, 30000, 0);
@@ -177,11 +185,14 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
         std::strchr(address_, ':') ? "[" + std::string(address_) + "]" : address_;
     dir_.write("www/secret/status.txt", "md5-protected");
     dir_.write("www/sha/status.txt", "sha256-protected");
+    dir_.write("www/both/status.txt", "strongest-protected");
+    dir_.write("www/push/rfc.mjpg", kRfcPush);
     dir_.write("htdigest",
                std::string(kUser) + ":cam-md5:" +
                    hash_hex("MD5", std::string(kUser) + ":cam-md5:" + kPassword) + "\n" + kUser +
                    ":cam-sha:" + hash_hex("SHA-256", std::string(kUser) + ":cam-sha:" + kPassword) +
-                   "\n");
+                   "\n" + kUser + ":cam-both:" +
+                   hash_hex("SHA-256", std::string(kUser) + ":cam-both:" + kPassword) + "\n");
     dir_.write(
         "lighttpd.conf",
         "server.document-root = \"" + root +
@@ -204,7 +215,12 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
             "  \"/secret/\" => (\"method\" => \"digest\", \"realm\" => \"cam-md5\",\n"
             "                   \"algorithm\" => \"MD5\", \"require\" => \"valid-user\"),\n"
             "  \"/sha/\" => (\"method\" => \"digest\", \"realm\" => \"cam-sha\",\n"
-            "                \"algorithm\" => \"SHA-256\", \"require\" => \"valid-user\"))\n");
+            "                \"algorithm\" => \"SHA-256\", \"require\" => \"valid-user\"),\n"
+            // Two challenges; only the SHA-256 answer can be checked.
+            "  \"/both/\" => (\"method\" => \"digest\", \"realm\" => \"cam-both\",\n"
+            "                \"algorithm\" => \"MD5|SHA-256\", \"require\" => \"valid-user\"))\n"
+            "mimetype.assign = (\".mjpg\" => "
+            "\"multipart/x-mixed-replace; boundary=\\\"--zz\\\"\")\n");
     ASSERT_TRUE(server_.start({program, "-D", "-f", root + "/lighttpd.conf"},
                               root + "/lighttpd.log", address_, port_))
         << "lighttpd did not start: " << dir_.read("lighttpd.log") << dir_.read("error.log");
@@ -244,6 +260,28 @@ TEST_P(RealWebServerTest, DigestSha256) {
   ReceiveBuffer buffer;
   EXPECT_EQ(HTTP_RESULT_STATUS200, fetch("/sha/status.txt", kPassword, buffer));
   EXPECT_EQ("sha256-protected", buffer.text());
+}
+
+TEST_P(RealWebServerTest, StrongestOfTheOfferedChallengesIsAnswered) {
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, fetch("/both/status.txt", kPassword, buffer));
+  EXPECT_EQ("strongest-protected", buffer.text());
+}
+
+TEST_P(RealWebServerTest, RfcPushWithAPreambleFromAFile) {
+  HTTP_SESSION* session = open_session(address_, port_);
+  ASSERT_NE(nullptr, session);
+  http_set_url(session, "GET", "/push/rfc.mjpg", "HTTP/1.0");
+  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  HTTP_PUSH_PART part{};
+  ASSERT_EQ(0u, http_push_next_part(session, &part, 5000));
+  EXPECT_STREQ("image/jpeg", part.acContentType);
+  EXPECT_EQ("first picture", std::string(reinterpret_cast<char*>(part.pucData), part.ulLength));
+  ASSERT_EQ(0u, http_push_next_part(session, &part, 5000));
+  EXPECT_EQ("second\r\n--zz\r\npicture",
+            std::string(reinterpret_cast<char*>(part.pucData), part.ulLength));
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &part, 5000));
+  EXPECT_EQ(0, http_close_session(session));
 }
 
 TEST_P(RealWebServerTest, WrongPasswordIsRefused) {
