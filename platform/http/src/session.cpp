@@ -19,8 +19,8 @@ namespace {
 
 struct SessionImpl {
   ~SessionImpl() {
-    int socket = fd.exchange(-1);
-    if (socket >= 0) close(socket);
+    int socketFd = fd.exchange(-1);
+    if (socketFd >= 0) close(socketFd);
   }
   std::mutex lock;  // one call at a time per session
   // Guards a change of fd against the shutdown by a close on another thread.
