@@ -1,7 +1,5 @@
 #include "scripted_server.h"
 
-#include "CamChildServer.h"
-
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <netinet/in.h>
@@ -12,6 +10,8 @@
 
 #include <cstring>
 #include <stdexcept>
+
+#include "CamChildServer.h"
 
 namespace httptest {
 namespace {
@@ -191,7 +191,9 @@ std::string response(const std::string& statusLine, const std::string& body,
   return text + "\r\n" + body;
 }
 
-unsigned short unused_port(const char* address) { return camtest::UnusedPort(address); }
+unsigned short unused_port(const char* address) {
+  return camtest::UnusedPort(address);
+}
 
 int open_fd_count() {
   int count = 0;

@@ -307,4 +307,4 @@ TEST_P(ChallengeFieldTest, TheStrongestChallengeOfTheFieldIsAnswered) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Fields, ChallengeFieldTest, ::testing::ValuesIn(kFieldCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });

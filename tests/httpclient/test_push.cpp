@@ -86,7 +86,7 @@ TEST_P(BoundaryTest, PartsComeOutWithTheirBytes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, BoundaryTest, ::testing::ValuesIn(kBoundaryCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(HttpClientTest, PushPartsArriveOneByOneFromADrippingCamera) {
   ScriptedServer server("127.0.0.1");
@@ -269,7 +269,7 @@ TEST_P(DelimiterFormTest, BothPartsThenTheEnd) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, DelimiterFormTest, ::testing::ValuesIn(kDelimiterForms),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(HttpClientTest, RfcDelimitersArriveByteByByte) {
   const DelimiterForm& form = kDelimiterForms[3];
@@ -409,4 +409,4 @@ INSTANTIATE_TEST_SUITE_P(
                       LimitCase{kPartLimit + 3000, false, Arrival::kSmallPieces},
                       LimitCase{kPartLimit, true, Arrival::kAtOnce},
                       LimitCase{kPartLimit + 1, true, Arrival::kAtOnce}),
-    [](const auto& info) { return limit_case_name(info.param); });
+    [](const auto& instance) { return limit_case_name(instance.param); });

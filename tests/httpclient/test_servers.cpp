@@ -303,8 +303,8 @@ TEST_P(RealWebServerTest, MissingFileIs404) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Loopback, RealWebServerTest, ::testing::Values("127.0.0.1", "::1"),
-                         [](const auto& info) {
-                           return std::string(info.index == 0 ? "Ipv4" : "Ipv6");
+                         [](const auto& instance) {
+                           return std::string(instance.index == 0 ? "Ipv4" : "Ipv6");
                          });
 
 TEST_F(HttpClientTest, ThroughAProxyTheAuthenticationAnswerGoesThroughTheProxyToo) {
