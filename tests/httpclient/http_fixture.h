@@ -48,6 +48,21 @@ inline uint32_t get(HTTP_SESSION* session, const char* url, ReceiveBuffer& buffe
   return http_do_request(session, &buffer.record, 5);
 }
 
+// Opens a session to the camera on loopback and starts a push of url as
+// the requester does; null when no session opens.
+inline HTTP_SESSION* open_push(unsigned short port, const char* url = "/push") {
+  HTTP_SESSION* session = open_session("127.0.0.1", port);
+  if (session == nullptr) return nullptr;
+  EXPECT_EQ(HTTP_RESULT_OK, http_set_url(session, "GET", url, "HTTP/1.0"));
+  EXPECT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  return session;
+}
+
+// The bytes of a push part.
+inline std::string part_bytes(const HTTP_PUSH_PART& part) {
+  return std::string(reinterpret_cast<const char*>(part.pucData), part.ulLength);
+}
+
 inline bool is_timeout(uint32_t code) {
   return (code & 0xFFFF) == 0x1000 || (code & 0xFFFF) == 0x7000;
 }

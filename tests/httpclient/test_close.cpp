@@ -58,8 +58,7 @@ void read_until_failure(HTTP_SESSION* session, bool raw, int delay, ReaderOutcom
     } else {
       HTTP_PUSH_PART part{};
       code = http_push_next_part(session, &part, kReadTimeoutMs);
-      if (code == 0 &&
-          std::string(reinterpret_cast<const char*>(part.pucData), part.ulLength) != kFrame) {
+      if (code == 0 && part_bytes(part) != kFrame) {
         outcome.damagedPart = true;
       }
     }
@@ -135,10 +134,8 @@ TEST_F(HttpClientTest, CloseIsSafeAgainstReadersInsideOrEnteringAtAnyMoment) {
     if (rounds % kRoundsPerServer == 0) server = push_server();
     HTTP_SESSION* sessions[2] = {};
     for (HTTP_SESSION*& session : sessions) {
-      session = open_session("127.0.0.1", server->port());
+      session = open_push(server->port());
       ASSERT_NE(nullptr, session) << "round " << rounds;
-      ASSERT_EQ(HTTP_RESULT_OK, http_set_url(session, "GET", "/push", "HTTP/1.0"));
-      ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5)) << "round " << rounds;
     }
     ReaderOutcome outcomes[2];
     int closeResults[2] = {99, 99};
@@ -195,10 +192,8 @@ TEST_F(HttpClientTest, CloseWakesAReaderThatWaitsForBytes) {
     c.send("HTTP/1.0 200 OK\r\nContent-Type: audio/G726-32\r\n\r\n");
     c.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  HTTP_SESSION* session = open_push(server.port(), "/audio");
   ASSERT_NE(nullptr, session);
-  http_set_url(session, "GET", "/audio", "HTTP/1.0");
-  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
   std::atomic<uint32_t> result{0};
   std::atomic<bool> entering{false};
   auto start = steady_clock::now();
@@ -249,13 +244,11 @@ TEST_F(HttpClientTest, APartStaysReadableAfterTheClose) {
     c.send(kPush);
     c.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  HTTP_SESSION* session = open_push(server.port());
   ASSERT_NE(nullptr, session);
-  http_set_url(session, "GET", "/push", "HTTP/1.0");
-  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
   HTTP_PUSH_PART part{};
   ASSERT_EQ(0u, http_push_next_part(session, &part, 5000));
   // The requester closes while the upper layer still copies the picture.
   EXPECT_EQ(0, http_close_session(session));
-  EXPECT_EQ(kFrame, std::string(reinterpret_cast<const char*>(part.pucData), part.ulLength));
+  EXPECT_EQ(kFrame, part_bytes(part));
 }

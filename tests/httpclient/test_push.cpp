@@ -30,11 +30,18 @@ HTTP_SESSION* start_push(ScriptedServer& server, const std::string& bytes, bool 
     c.send(bytes);
     if (stayOpen) c.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
-  if (session == nullptr) return nullptr;
-  http_set_url(session, "GET", "/cgi-bin/jpeg?uid=7&mode=push", "HTTP/1.0");
-  EXPECT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
-  return session;
+  return open_push(server.port(), "/cgi-bin/jpeg?uid=7&mode=push");
+}
+
+// The two pictures come out as the first two parts.
+void expect_both_pictures(HTTP_SESSION* session) {
+  HTTP_PUSH_PART received{};
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_STREQ("image/jpeg", received.acContentType);
+  EXPECT_EQ(kJpegA, part_bytes(received));
+  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
+  EXPECT_STREQ("image/jpeg", received.acContentType);
+  EXPECT_EQ(kJpegB, part_bytes(received));
 }
 
 struct BoundaryCase {
@@ -69,12 +76,8 @@ TEST_P(BoundaryTest, PartsComeOutWithTheirBytes) {
   int before = open_fd_count();
   HTTP_SESSION* session = start_push(server, push_head(c.contentType) + body, true);
   ASSERT_NE(nullptr, session);
+  ASSERT_NO_FATAL_FAILURE(expect_both_pictures(session));
   HTTP_PUSH_PART received{};
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_STREQ("image/jpeg", received.acContentType);
-  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
   // No third part comes: the reader gives up after its time-out.
   auto start = steady_clock::now();
   EXPECT_EQ(HTTP_ERR_TIMEOUT, http_push_next_part(session, &received, 3000));
@@ -99,15 +102,13 @@ TEST_F(HttpClientTest, PushPartsArriveOneByOneFromADrippingCamera) {
     c.drip(body, std::chrono::milliseconds(1));
     c.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  HTTP_SESSION* session = open_push(server.port());
   ASSERT_NE(nullptr, session);
-  http_set_url(session, "GET", "/push", "HTTP/1.0");
-  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
   HTTP_PUSH_PART received{};
   ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ("hello", std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ("hello", part_bytes(received));
   ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ("world", std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ("world", part_bytes(received));
   // The closing delimiter ends the stream.
   EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
   EXPECT_EQ(0, http_close_session(session));
@@ -258,12 +259,8 @@ TEST_P(DelimiterFormTest, BothPartsThenTheEnd) {
   ScriptedServer server("127.0.0.1");
   HTTP_SESSION* session = start_push(server, push_head(form.contentType) + stream_of(form), true);
   ASSERT_NE(nullptr, session);
+  ASSERT_NO_FATAL_FAILURE(expect_both_pictures(session));
   HTTP_PUSH_PART received{};
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_STREQ("image/jpeg", received.acContentType);
-  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
   EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
   EXPECT_EQ(0, http_close_session(session));
 }
@@ -280,15 +277,10 @@ TEST_F(HttpClientTest, RfcDelimitersArriveByteByByte) {
     c.drip(stream_of(form), std::chrono::milliseconds(0));
     c.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  HTTP_SESSION* session = open_push(server.port());
   ASSERT_NE(nullptr, session);
-  http_set_url(session, "GET", "/push", "HTTP/1.0");
-  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
+  ASSERT_NO_FATAL_FAILURE(expect_both_pictures(session));
   HTTP_PUSH_PART received{};
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ(kJpegA, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
-  ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ(kJpegB, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
   EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
   EXPECT_EQ(0, http_close_session(session));
 }
@@ -304,7 +296,7 @@ TEST_F(HttpClientTest, CameraStyleLinesInsideAnRfcStreamAreData) {
   ASSERT_NE(nullptr, session);
   HTTP_PUSH_PART received{};
   ASSERT_EQ(0u, http_push_next_part(session, &received, 5000));
-  EXPECT_EQ(picture, std::string(reinterpret_cast<char*>(received.pucData), received.ulLength));
+  EXPECT_EQ(picture, part_bytes(received));
   EXPECT_EQ(0, http_close_session(session));
 }
 
@@ -379,10 +371,8 @@ TEST_P(PartLimitTest, OnlyPartsUpTo16MiBComeOut) {
     }
     conn.hang();
   });
-  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  HTTP_SESSION* session = open_push(server.port());
   ASSERT_NE(nullptr, session);
-  http_set_url(session, "GET", "/push", "HTTP/1.0");
-  ASSERT_EQ(HTTP_RESULT_STATUS200, http_do_server_push(session, 5));
   // 16 MiB take seconds under the thread checker: this read has the real
   // 30 s time-out.
   http_set_timeout_divisor(1);
@@ -391,7 +381,7 @@ TEST_P(PartLimitTest, OnlyPartsUpTo16MiBComeOut) {
   if (c.size <= kPartLimit) {
     ASSERT_EQ(0u, code) << std::hex << code;
     ASSERT_EQ(c.size, received.ulLength);
-    EXPECT_TRUE(std::string(reinterpret_cast<char*>(received.pucData), received.ulLength) == data);
+    EXPECT_TRUE(part_bytes(received) == data);
   } else {
     EXPECT_EQ(HTTP_ERR_PROTOCOL, code) << std::hex << code;
     EXPECT_EQ(0u, received.ulLength);

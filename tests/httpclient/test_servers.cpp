@@ -276,10 +276,9 @@ TEST_P(RealWebServerTest, RfcPushWithAPreambleFromAFile) {
   HTTP_PUSH_PART part{};
   ASSERT_EQ(0u, http_push_next_part(session, &part, 5000));
   EXPECT_STREQ("image/jpeg", part.acContentType);
-  EXPECT_EQ("first picture", std::string(reinterpret_cast<char*>(part.pucData), part.ulLength));
+  EXPECT_EQ("first picture", part_bytes(part));
   ASSERT_EQ(0u, http_push_next_part(session, &part, 5000));
-  EXPECT_EQ("second\r\n--zz\r\npicture",
-            std::string(reinterpret_cast<char*>(part.pucData), part.ulLength));
+  EXPECT_EQ("second\r\n--zz\r\npicture", part_bytes(part));
   EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &part, 5000));
   EXPECT_EQ(0, http_close_session(session));
 }

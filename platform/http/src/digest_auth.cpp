@@ -5,6 +5,7 @@
 #include <nettle/sha2.h>
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "kxhttp_internal.h"
@@ -80,21 +81,10 @@ size_t token_end(const std::string& text, size_t position) {
   return position;
 }
 
-// Position after the comma that ends the list element at position (commas
-// inside quoted strings do not count), or the end of the text.
+// Position after the comma that ends the list element at position, or
+// the end of the text.
 size_t skip_element(const std::string& text, size_t position) {
-  bool quoted = false;
-  for (; position < text.size(); ++position) {
-    char c = text[position];
-    if (quoted && c == '\\') {
-      ++position;
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (c == ',' && !quoted) {
-      return position + 1;
-    }
-  }
-  return text.size();
+  return std::min(after_separator(text, position, ','), text.size());
 }
 
 // The quoted string at position (the opening quote); position ends after it.

@@ -86,6 +86,11 @@ struct ResponseHead {
   uint64_t contentLength = 0;
 };
 
+// Position after the next separator at or after position that is not
+// inside a quoted string (a backslash there escapes one character), or
+// npos when none follows.
+size_t after_separator(const std::string& text, size_t position, char separator);
+
 // Case-insensitive header lookup; null when absent.
 const std::string* find_header(const std::vector<Header>& headers, const char* name);
 bool equals_ignore_case(const std::string& a, const char* b);

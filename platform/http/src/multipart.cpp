@@ -74,28 +74,12 @@ std::string parameter_value(const std::string& text, size_t position) {
   return text.substr(position, end == std::string::npos ? std::string::npos : end - position);
 }
 
-// Position after the next ';' that is not inside a quoted string, or npos.
-size_t next_parameter(const std::string& text, size_t position) {
-  bool quoted = false;
-  for (; position < text.size(); ++position) {
-    char c = text[position];
-    if (quoted && c == '\\') {
-      ++position;
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (c == ';' && !quoted) {
-      return position + 1;
-    }
-  }
-  return std::string::npos;
-}
-
 }  // namespace
 
 std::string boundary_from_content_type(const std::string& contentType) {
   static const char kBoundary[] = "boundary";
-  for (size_t position = next_parameter(contentType, 0); position != std::string::npos;
-       position = next_parameter(contentType, position)) {
+  for (size_t position = after_separator(contentType, 0, ';'); position != std::string::npos;
+       position = after_separator(contentType, position, ';')) {
     size_t nameStart = contentType.find_first_not_of(" \t", position);
     if (nameStart == std::string::npos) break;
     size_t equals = contentType.find('=', nameStart);

@@ -95,6 +95,21 @@ bool equals_ignore_case(const std::string& a, const char* b) {
   return true;
 }
 
+size_t after_separator(const std::string& text, size_t position, char separator) {
+  bool quoted = false;
+  for (; position < text.size(); ++position) {
+    char c = text[position];
+    if (quoted && c == '\\') {
+      ++position;
+    } else if (c == '"') {
+      quoted = !quoted;
+    } else if (c == separator && !quoted) {
+      return position + 1;
+    }
+  }
+  return std::string::npos;
+}
+
 const std::string* find_header(const std::vector<Header>& headers, const char* name) {
   for (const Header& header : headers) {
     if (equals_ignore_case(header.name, name)) return &header.value;
