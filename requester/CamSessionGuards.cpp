@@ -188,7 +188,7 @@ int ForgetUid(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& 
       return 0;
     case UidGoneKind::kNotify:
       PrintText(rReq, rRule.pcUidLine);
-      rP.pfnUidGone(rReq, rF);
+      if (rP.pfnUidGone != nullptr) rP.pfnUidGone(rReq, rF);
       return 0;
     case UidGoneKind::kUndefined:
       break;
