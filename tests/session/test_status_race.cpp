@@ -9,6 +9,7 @@
 #include <map>
 #include <thread>
 
+#include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
 #include "CamTestSupport.h"
 #include "RecordingRequester.h"
@@ -34,9 +35,10 @@ std::map<int, int> Balance(const std::vector<std::string>& asLines, int* piSteps
   return balance;
 }
 
+template <typename Requester>
 void Race(int iCmdType, const std::vector<int>& aiThreadEvents) {
   camtest::PrintCapture capture;
-  CCamRequester_Cgi_Kobu_Rtp req;
+  Requester req;
   req.iCmdType = iCmdType;
   req.iUid = 5;
   req.iConnectStatus = 3;
@@ -62,14 +64,25 @@ void Race(int iCmdType, const std::vector<int>& aiThreadEvents) {
   req.iConnectStatus = 0;
 }
 
-TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostVideo) {
-  // START, SETUP_SUCCESS, RUN_FAIL, ERROR, STOP, STOP_DONE: round and round.
-  Race(0, {0, 2, 5, 6, 1, 8, 0, 2});
+// START, SETUP_SUCCESS, RUN_FAIL, ERROR, STOP, STOP_DONE: round and round.
+const std::vector<int> kVideoEvents = {0, 2, 5, 6, 1, 8, 0, 2};
+// Audio returns to READY on START and run events while running (RTP).
+const std::vector<int> kAudioEvents = {0, 2, 3, 6, 1, 8};
+
+TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostRtpVideo) {
+  Race<CCamRequester_Cgi_Kobu_Rtp>(0, kVideoEvents);
 }
 
-TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostAudio) {
-  // Audio returns to READY on START and run events while running.
-  Race(1, {0, 2, 3, 6, 1, 8});
+TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostRtpAudio) {
+  Race<CCamRequester_Cgi_Kobu_Rtp>(1, kAudioEvents);
+}
+
+TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostHttpVideo) {
+  Race<CCamRequester_Cgi_Kobu_Http>(0, kVideoEvents);
+}
+
+TEST(StatusRace, RunSuccessFromTheUpperLayerIsNeverLostHttpAudio) {
+  Race<CCamRequester_Cgi_Kobu_Http>(1, kAudioEvents);
 }
 
 TEST(StatusRace, RunSuccessDuringAPlayBackSetUpReachesRun) {

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <string>
 
+#include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
-#include "CamStatus.h"
 #include "CamTestSupport.h"
 
 namespace {
@@ -45,47 +45,17 @@ const Table kHttpAudio = {
     {5, 5, 5, 5, 5, 5, 0, 0, 0}};
 // clang-format on
 
-constexpr camses::CmdTypeRule Row(camses::TableKind eTable) {
-  camses::CmdTypeRule sRule = camses::kUndefinedCmdType;
-  sRule.eTable = eTable;
-  return sRule;
-}
-
-// The HTTP requester's command types as the engine sees them: 0 and 2 video,
-// 1 audio, every other type undefined.
-const camses::SessionPolicy kHttpTablesOnly = {
-    "CCamRequester_Cgi_Kobu_Http",
-    "Http",
-    "Http",
-    "HTTP",
-    "StreamStartCommandExec",
-    &camses::kHttpVideoTable,
-    &camses::kHttpAudioTable,
-    3,
-    {Row(camses::TableKind::kVideo), Row(camses::TableKind::kAudio),
-     Row(camses::TableKind::kVideo)},
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    nullptr,
-    false,
-    false,
-    0,
-    nullptr};
-
 // Drives one step of a class's ChangeStatus.
-struct RtpDriver {
-  static constexpr const char* kName = "RTP";
-  static int Step(CCamRequester_Cgi_Kobu_Rtp& rReq, int iEvent) {
-    return rReq.ChangeStatus(iEvent);
-  }
+template <typename Class>
+struct ClassDriver {
+  using Requester = Class;
+  static int Step(Class& rReq, int iEvent) { return rReq.ChangeStatus(iEvent); }
 };
-struct HttpDriver {
+struct RtpDriver : ClassDriver<CCamRequester_Cgi_Kobu_Rtp> {
+  static constexpr const char* kName = "RTP";
+};
+struct HttpDriver : ClassDriver<CCamRequester_Cgi_Kobu_Http> {
   static constexpr const char* kName = "HTTP";
-  static int Step(CCamRequester_Cgi_Kobu_Rtp& rReq, int iEvent) {
-    return camses::StepStatus(rReq, rReq, kHttpTablesOnly, iEvent);
-  }
 };
 
 // The line of one step.
@@ -104,7 +74,7 @@ std::string StepLine(bool bAudio, int iEvent, int iFrom, int iTo) {
 template <typename Driver>
 void CheckEveryCell(const Table& rExpected, int iCmdType, bool bAudio) {
   camtest::PrintCapture capture;
-  CCamRequester_Cgi_Kobu_Rtp req;
+  typename Driver::Requester req;
   req.iCmdType = iCmdType;
   req.iUid = 7;  // a UID: the audio guard stays out of the way
   for (int iStatus = 0; iStatus < 6; ++iStatus) {
@@ -140,7 +110,7 @@ TEST(StatusTables, HttpAudioEveryCell) {
 template <typename Driver>
 void CheckAudioGuard() {
   camtest::PrintCapture capture;
-  CCamRequester_Cgi_Kobu_Rtp req;
+  typename Driver::Requester req;
   req.iCmdType = 1;
   req.iUid = -1;
   req.iConnectStatus = 1;
@@ -185,7 +155,7 @@ TEST(StatusTables, VideoInErrorWithoutUidRestartsOnStart) {
 template <typename Driver>
 void CheckUndefinedType(int iCmdType) {
   camtest::PrintCapture capture;
-  CCamRequester_Cgi_Kobu_Rtp req;
+  typename Driver::Requester req;
   req.iCmdType = iCmdType;
   for (int iStatus = 0; iStatus < 6; ++iStatus) {
     capture.Clear();
