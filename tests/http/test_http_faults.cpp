@@ -17,6 +17,8 @@ struct FaultRow {
   const char* pcFault;  // camsim's fault text
   bool bRuns;           // the push is handed over and the status is RUN
   const char* pcLine;   // a line the requester prints (without its prefix)
+  int iPictures = 1;    // whole pictures the upper layer reads from the first push
+  bool bEnds = false;   // and then the push ends under the reader
 };
 
 // The texts follow from the library's result codes: a refused status is
@@ -39,6 +41,15 @@ const FaultRow kRows[] = {
      "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
     {"UidSlow", Exchange::kUid, "delay=100", true,
      "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    {"UidReset", Exchange::kUid, "reset", false,
+     "DoRequest [Error] http_get_response failed3:ret =8003000\n"},
+    {"UidDrip", Exchange::kUid, "drip=400", false,
+     "DoRequest [Error] http_get_response failed1:ret =8007000\n"},
+    {"UidNoLength", Exchange::kUid, "no-length", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+    // The keys come after the 2048 bytes that a reply may fill.
+    {"UidLateKeys", Exchange::kUid, "late-keys", false,
+     "CheckCamInfo_RcvData [Error] SearchNumber UID=-1\n"},
     {"PushStatus404", Exchange::kPush, "status=404", false,
      "StreamStartCommandExec [Error] http_get_response failed2:ret =8000404\n"},
     {"PushStatus500", Exchange::kPush, "status=500", false,
@@ -52,11 +63,19 @@ const FaultRow kRows[] = {
     // The head of these came whole: the push is handed over, and what
     // follows is the upper layer's to read.
     {"PushStatus302", Exchange::kPush, "status=302", true,
-     "StreamStartCommandExec[Error]ret =8000302\n"},
+     "StreamStartCommandExec[Error]ret =8000302\n", 0},
     {"PushCloseBody", Exchange::kPush, "close-body", true,
-     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 0, true},
     {"PushStall", Exchange::kPush, "push-stall=2", true,
-     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n"},
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 2},
+    {"PushEnd", Exchange::kPush, "push-end=3", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 3, true},
+    {"PushReset", Exchange::kPush, "reset", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 0, true},
+    {"PushBoundaryQuoted", Exchange::kPush, "boundary-quoted", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 5},
+    {"PushSlow", Exchange::kPush, "delay=100", true,
+     "StreamStartCommandExec [DEBUG] JPEG HTTP NotifyCamRequesterHandle\n", 5},
     {"KeepAliveStatus404", Exchange::kKeepAlive, "status=404", false,
      "DoRequest [Error] http_get_response failed2:ret =8000404\n"},
     {"KeepAliveNoAnswer", Exchange::kKeepAlive, "noanswer", false,
@@ -65,6 +84,10 @@ const FaultRow kRows[] = {
      "DoRequest [Error] http_get_response failed3:ret =8005000\n"},
     {"KeepAliveCloseBody", Exchange::kKeepAlive, "close-body", false,
      "DoRequest [Error] http_get_response failed3:ret =8006000\n"},
+    {"KeepAliveReset", Exchange::kKeepAlive, "reset", false,
+     "DoRequest [Error] http_get_response failed3:ret =8003000\n"},
+    {"KeepAliveDrip", Exchange::kKeepAlive, "drip=400", false,
+     "DoRequest [Error] http_get_response failed1:ret =8007000\n"},
     {"StopStatus500", Exchange::kStop, "status=500", true,
      "StreamStopCommandExec [ERROR] client or server error ret=0x8000500\n"},
     {"StopNoAnswer", Exchange::kStop, "noanswer", true,
@@ -73,6 +96,8 @@ const FaultRow kRows[] = {
      "StreamStopCommandExec [ERROR] other error ret=0x8005000\n"},
     {"StopCloseHeader", Exchange::kStop, "close-header", true,
      "StreamStopCommandExec [ERROR] other error ret=0x8006000\n"},
+    {"StopReset", Exchange::kStop, "reset", true,
+     "StreamStopCommandExec [ERROR] other error ret=0x8003000\n"},
 };
 
 const char* PathOf(Exchange eExchange) {
@@ -116,6 +141,12 @@ TEST_P(FaultRoadTest, EndsInTheSpecifiedStatusWithItsLine) {
   if (r.bRuns) {
     ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
     EXPECT_TRUE(rig.notify.WaitForHandOvers(1, seconds(10)));
+    EXPECT_TRUE(rig.notify.WaitForPictures(static_cast<uint64_t>(r.iPictures), seconds(10)));
+    if (r.bEnds) {
+      // The camera ended the push: the reader sees the end, not a hang.
+      EXPECT_TRUE(rig.notify.WaitForEnd(seconds(10)));
+      EXPECT_EQ(rig.notify.Pictures(), static_cast<uint64_t>(r.iPictures));
+    }
   } else {
     ASSERT_TRUE(capture.WaitFor("-> 1. \n")) << capture.All();
     if (r.eExchange == Exchange::kKeepAlive) {

@@ -85,6 +85,86 @@ TEST_F(PushRoadTest, QuillonCameraChangesModeFirstAndReleasesTheUidOnStop) {
   EXPECT_TRUE(rig.notify.HandleEvents().back().bOpenWhenWithdrawn);
 }
 
+TEST_F(PushRoadTest, QuillonModeChangeRefusedForgetsTheUidAndTheStartIsRebuilt) {
+  RigOptions sOptions;
+  sOptions.iModel = CAM_REQUESTER_CAMTYPE_CAM13;
+  HttpRig rig(sOptions);
+  camtest::PrintCapture capture;
+  rig.Configure();
+  camsim::Fault sFault;
+  sFault.status = 500;
+  sFault.times = 1;
+  rig.device->SetFault("/cgi-bin/syssetup", sFault);
+  rig.req->RequestStart();
+  ASSERT_TRUE(capture.WaitFor("QuillonChgModeCommandExec [Error] DoRequest failed\n"))
+      << capture.All();
+  // The failed exchange forgot the UID and told the upper layer.
+  ASSERT_TRUE(rig.notify.WaitForSessionInfos(2, seconds(10)));
+  EXPECT_EQ(rig.notify.SessionInfos()[1].iUid, -1);
+  // The rebuilt session changes the mode and pushes.
+  ASSERT_TRUE(rig.notify.WaitForPictures(3, seconds(15))) << capture.All();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN));
+  EXPECT_GE(CountRequests(*rig.device, "/cgi-bin/syssetup"), 2);
+  rig.req->RequestStop();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+}
+
+TEST_F(PushRoadTest, QuillonStopThatTimesOutStillReleasesTheUid) {
+  http_set_timeout_divisor(10);
+  RigOptions sOptions;
+  sOptions.iModel = CAM_REQUESTER_CAMTYPE_CAM06;
+  HttpRig rig(sOptions);
+  camtest::PrintCapture capture;
+  rig.Configure();
+  rig.req->RequestStart();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
+  ASSERT_TRUE(rig.notify.WaitForPictures(1, seconds(10)));
+  const std::string sUid = std::to_string(rig.req->iUid);
+  rig.device->SetFault("/cgi-bin/push", Fault("when=MODE=STOP,noanswer"));
+  rig.req->RequestStop();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+  http_set_timeout_divisor(1);
+  EXPECT_TRUE(capture.Contains("StreamStopCommandExec [ERROR] timeout ret=0x8007000\n"));
+  const auto sRelease = FindRequest(*rig.device, "/cgi-bin/uidutil", "UTIL=RELEASE");
+  ASSERT_TRUE(sRelease.has_value()) << capture.All();
+  EXPECT_EQ(sRelease->query, "UID=" + sUid + "&UTIL=RELEASE");
+  EXPECT_EQ(rig.notify.Withdrawals(), 1);
+  EXPECT_TRUE(rig.notify.HandleEvents().back().bOpenWhenWithdrawn);
+  rig.device->ClearFaults();
+  EXPECT_TRUE(rig.device->WaitForOpenConnections(0, seconds(5)));
+}
+
+TEST_F(PushRoadTest, PresetGoesBeforeThePushAndA4xxStillCountsAsMoved) {
+  RigOptions sOptions;
+  sOptions.iModel = CAM_REQUESTER_CAMTYPE_CAM11;
+  HttpRig rig(sOptions);
+  camtest::PrintCapture capture;
+  rig.Configure();
+  rig.SetDeviceCredentials();
+  SetParam(*rig.req, CAM_PARAM_PRESET, uint16_t{3});
+  rig.req->RequestStart();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
+  const auto asPaths = Paths(*rig.device);
+  ASSERT_GE(asPaths.size(), 3u);
+  EXPECT_EQ(asPaths[1], "/cgi-bin/camctrl");
+  EXPECT_EQ(rig.device->Requests()[1].query, "preset=3");
+  EXPECT_EQ(asPaths[2], "/cgi-bin/jpeg");
+  EXPECT_TRUE(
+      capture.Contains("SendCamPresetCommandExec [DEBUG] UserName:admin Password:password\n"));
+  // A preset request answered 404 passes the lenient request: no error event.
+  camsim::Fault sFault;
+  sFault.status = 404;
+  rig.device->SetFault("/cgi-bin/camctrl", sFault);
+  rig.req->RequestPresetPosition();
+  ASSERT_TRUE(
+      camtest::WaitUntil([&] { return CountRequests(*rig.device, "/cgi-bin/camctrl") == 2; }));
+  ASSERT_TRUE(capture.WaitFor("SendCamPresetCommandExec [DEBUG] free="));
+  EXPECT_EQ(rig.req->iConnectStatus, CAM_HTTP_STS_RUN);
+  EXPECT_FALSE(capture.Contains("Event=6:4"));
+  rig.req->RequestStop();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+}
+
 TEST_F(PushRoadTest, RecorderLogsInPushesKeepsAliveAndLogsOut) {
   RigOptions sOptions;
   sOptions.iModel = CAM_REQUESTER_CAMTYPE_KE850;

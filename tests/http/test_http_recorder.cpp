@@ -96,6 +96,27 @@ TEST_F(RecorderRoadTest, StreamNotArrivingWithoutStoppingIsPushedAgainButNotCoun
   ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
 }
 
+TEST_F(RecorderRoadTest, StatusWithoutFileNameFailsTheKeepAliveAndForgetsTheUid) {
+  HttpRig rig(Recorder());
+  camtest::PrintCapture capture;
+  rig.Configure();
+  rig.SetDeviceCredentials();
+  rig.device->SetFault("/cgi-bin/status.cgi", Fault("omit=FILENAME,times=1"));
+  rig.req->RequestStart();
+  ASSERT_TRUE(capture.WaitFor(" SendKeepAliveCommandExec [Error] KeepAlive Failed.\n"))
+      << capture.All();
+  EXPECT_TRUE(capture.Contains(" CheckKeepAlive_RcvData [Error] FILENAME NOT EXIST.\n"));
+  ASSERT_TRUE(rig.notify.WaitForSessionInfos(2, seconds(10)));
+  EXPECT_EQ(rig.notify.SessionInfos()[1].iUid, -1);
+  ASSERT_TRUE(capture.WaitFor("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")) << capture.All();
+  // A recorder's failed video is rebuilt at once, with a new login.
+  ASSERT_TRUE(rig.notify.WaitForHandOvers(2, seconds(10))) << capture.All();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN));
+  EXPECT_GE(CountRequests(*rig.device, "/cgi-bin/ulogin.cgi"), 2);
+  rig.req->RequestStop();
+  ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
+}
+
 TEST_F(RecorderRoadTest, StopThatTimesOutStillLogsOutAndClosesBoth) {
   HttpRig rig(Recorder());
   camtest::PrintCapture capture;
