@@ -1,0 +1,356 @@
+// The road of a live stream and of a play-back from a KEL recorder: the key
+// in the session reply, the login with the transformed credentials, the
+// push.cgi start, the status.cgi keep-alive, the stop and the logout.
+#include <sys/socket.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "RtpRoad.h"
+
+namespace rtptest {
+namespace {
+
+struct Recorder {
+  const char* pcAddress;
+  uint16_t usType;
+  const char* pcName;
+};
+
+std::string RecorderName(const ::testing::TestParamInfo<Recorder>& rInfo) {
+  return std::string(rInfo.param.pcAddress[0] == ':' ? "V6_" : "V4_") + rInfo.param.pcName;
+}
+
+class RecorderRoad : public RoadTest, public ::testing::WithParamInterface<Recorder> {
+ protected:
+  bool V6() const { return GetParam().pcAddress[0] == ':'; }
+  camsim::DeviceConfig Config() const {
+    camsim::DeviceConfig sConfig = CameraConfig(GetParam().pcAddress, GetParam().usType);
+    sConfig.values.fileName = "=CAM_A_0042.DAT";
+    return sConfig;
+  }
+  StreamSetup Setup(int iCmdType = CAM_REQUESTER_CMD_H264_RTP) const {
+    StreamSetup s;
+    s.iCmdType = iCmdType;
+    s.usCameraType = GetParam().usType;
+    s.sCamName = GetParam().pcName;
+    s.sUser = "operator";
+    s.sPassword = "s3cret!";
+    return s;
+  }
+  // The key the recorder handed out, as the set-up printed it.
+  std::string Key(const Stream& s) const {
+    const std::regex kKeyLine(std::regex_replace(s.Line("SetupSessionCommandExec [DEBUG] strKey:"),
+                                                 std::regex(R"([\[\].:!*+?()|\\])"), R"(\$&)") +
+                              "([A-Za-z0-9]{6})\n");
+    for (const std::string& sLine : m_capture.Lines()) {
+      std::smatch m;
+      if (std::regex_match(sLine, m, kKeyLine)) return m[1];
+    }
+    return "";
+  }
+  std::string IpLine(const char* pcWord) const {
+    return std::string(pcWord) + ": IP:" + GetParam().pcAddress +
+           " PORT:" + std::to_string(Camera().Port()) + " CamType:" + GetParam().pcName + "[" +
+           std::to_string(GetParam().usType) + "] Pos:1 ";
+  }
+  // The codec part of the push.cgi line of H.264.
+  std::string H264Comp() const { return GetParam().usType == 36 ? "COMP=H264&RES=1" : "COMP=H264"; }
+  // Types 31, 34 and 36 take fixed audio settings; the others read them.
+  bool FixedAudio() const {
+    return GetParam().usType == 31 || GetParam().usType == 34 || GetParam().usType == 36;
+  }
+};
+
+TEST_P(RecorderRoad, LoginPushKeepAliveStopLogout) {
+  StartCamera(Config());
+  Stream& s = AddStream(Setup());
+  StartToRun(s);
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/status.cgi", 2)) << m_capture.All();
+
+  // What the upper layer can ask of the recorder session while it runs.
+  CAM_KEL_INFO sInfo{};
+  snprintf(sInfo.cIpAddr, sizeof(sInfo.cIpAddr), "%s", GetParam().pcAddress);
+  sInfo.iHttpPort = Camera().Port();
+  sInfo.usCameraType = GetParam().usType;
+  snprintf(sInfo.CamName, sizeof(sInfo.CamName), "%s", GetParam().pcName);
+  ASSERT_EQ(s.r().GetInfo(CAM_INFO_KELINFO, &sInfo), 0) << m_capture.All();
+  EXPECT_EQ(sInfo.iUid, 41);
+  EXPECT_STREQ(sInfo.cSelfAddr, GetParam().pcAddress);
+  EXPECT_EQ(sInfo.iSelfFamily, V6() ? AF_INET6 : AF_INET);
+  EXPECT_EQ(sInfo.iPeerFamily, V6() ? AF_INET6 : AF_INET);
+  EXPECT_EQ(sInfo.ucMulticast, 0);
+  EXPECT_EQ(sInfo.iRtpPort, 5500);
+
+  StopToIdle(s);
+  const std::string sKey = Key(s);
+  ASSERT_EQ(sKey.size(), 6u) << m_capture.All();
+
+  const std::string sStart = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=41&PORT=5500&" + H264Comp();
+  const std::string sStop = "/cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=41&PORT=5500&" + H264Comp();
+  const std::string sStatus = "/cgi-bin/status.cgi?UID=41&HTML=as_status.html";
+  const std::vector<camsim::RequestRecord> asRecords = Camera().Requests();
+  const std::vector<std::string> asLines = RequestLines();
+  ASSERT_GE(asLines.size(), 6u);
+  EXPECT_EQ(asLines[0], "GET /cgi-bin/start.cgi?UID=-1 HTTP/1.0");
+  // Both credentials travel as 64 hexadecimal digits, never in plain; the
+  // recorder accepted them (200), so they were transformed with its key.
+  const std::regex kLogin("GET /cgi-bin/ulogin\\.cgi\\?USER=[0-9a-f]{64}&PASS=[0-9a-f]{64}&KEY=" +
+                          sKey + "&TEMP=N HTTP/1\\.0");
+  EXPECT_TRUE(std::regex_match(asLines[1], kLogin)) << asLines[1];
+  EXPECT_EQ(asRecords[1].status, 200);
+  EXPECT_EQ(asLines[1].find("operator"), std::string::npos);
+  EXPECT_EQ(asLines[1].find("s3cret"), std::string::npos);
+  EXPECT_EQ(asLines[2], "GET " + sStart + " HTTP/1.0");
+  for (size_t i = 3; i + 2 < asLines.size(); ++i)
+    EXPECT_EQ(asLines[i], "GET " + sStatus + " HTTP/1.0");
+  EXPECT_EQ(asLines[asLines.size() - 2], "GET " + sStop + " HTTP/1.0");
+  EXPECT_EQ(asLines.back(), "GET /cgi-bin/logout.cgi?UID=41 HTTP/1.0");
+  EXPECT_TRUE(Camera().LiveUids().empty()) << "the logout released the UID";
+
+  const std::string sLoginCgi =
+      Normalized(asRecords[1].requestLine.substr(4, asRecords[1].requestLine.size() - 13));
+  std::vector<std::string> asExpected = {
+      s.Line("ChangeStatus [DEBUG] Video Event=0:0 -> 2. \n"),
+      s.Line("SetupSessionCommandExec [DEBUG] " + IpLine("RTP") + "\n"),
+      s.Line("SetupSessionCommandExec [DEBUG] cgi=/cgi-bin/start.cgi?UID=-1. \n"),
+      s.Line("SetupSessionCommandExec [DEBUG] strKey:" + sKey + "\n"),
+      s.Line("KelSetupSessionCommandExec [DEBUG] " + IpLine("Rtp") + "\n"),
+      s.Line("KelSetupSessionCommandExec [DEBUG] cgi=" + sLoginCgi + ". \n"),
+      s.Line("CheckCamInfo_RcvData [DEBUG] uid=41 aBitrate=" +
+             std::string(FixedAudio() ? "32" : "24") + " aEnable=" + (FixedAudio() ? "1" : "1") +
+             " IP:" + GetParam().pcAddress + " ScreenPos:1\n"),
+      s.Line("CheckCamInfo_RcvData [DEBUG] SerachString sDelivery=uni\n"),
+      s.Line("GetMultiUniSetup [DEBUG] sa_family=" + std::string(V6() ? "AF_INET6" : "AF_INET") +
+             " \n"),
+      s.Line("ChangeStatus [DEBUG] Video Event=2:2 -> 3. \n"),
+      s.Line("CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand [DEBUG] ConnectErrorReset\n"),
+      s.Line("StreamStartCommandExec [DEBUG] cgi=" + sStart + ". \n"),
+      s.Line("ChangeStatus [DEBUG] Video Event=4:3 -> 4. \n"),
+      s.Line("SendKeepAliveCommandExec [DEBUG] cgi=" + sStatus + ". \n"),
+      s.Line(" CheckKeepAlive_RcvData [DEBUG] KE REC SERIES !!\n"),
+      s.Line(" CheckKeepAlive_RcvData [DEBUG] FILENAME EXIST. [ =CAM_A_0042.DAT ]\n"),
+      s.Line("SendKeepAliveCommandExec OUT!!!!!. \n"),
+      s.Line("ChangeStatus [DEBUG] Video Event=1:4 -> 5. \n"),
+      s.Line("StreamStopCommandExec [DEBUG] cgi=" + sStop + ". \n"),
+      s.Line("KelStreamStopCommandExec [DEBUG] cgi=/cgi-bin/logout.cgi?UID=41. \n"),
+      s.Line("ChangeStatus [DEBUG] Video Event=8:5 -> 0. \n")};
+  ExpectInOrder(Lines(), asExpected);
+
+  const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();
+  ASSERT_EQ(asNotices.size(), 1u);
+  EXPECT_EQ(asNotices[0].iUid, 41);
+  EXPECT_TRUE(asNotices[0].bSessionInfo);
+  EXPECT_EQ(asNotices[0].iRtpPort, 5500);
+  EXPECT_EQ(asNotices[0].sMultiAddr, "");
+  EXPECT_EQ(asNotices[0].iCmdType, CAM_REQUESTER_CMD_H264_RTP);
+  if (FixedAudio()) {
+    EXPECT_EQ(asNotices[0].iAudioBitrate, 32);
+    EXPECT_EQ(asNotices[0].iAudioEnable, 1);
+  }
+  int32_t aiPayload[3] = {};
+  ASSERT_TRUE(m_pUidReceiver->Next(aiPayload));
+  EXPECT_EQ(aiPayload[2], 0);
+}
+
+TEST_P(RecorderRoad, WrongPasswordIsRefusedAndCountsAsFailure) {
+  StartCamera(Config());
+  StreamSetup sSetup = Setup();
+  sSetup.sPassword = "s3cret?";
+  Stream& s = AddStream(sSetup);
+  s.r().RequestStart();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n")))
+      << m_capture.All();
+  // A recorder's video is rebuilt on the next idle round, not after 30.
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/ulogin.cgi", 2)) << m_capture.All();
+  s.r().RequestStop();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE));
+
+  const std::vector<camsim::RequestRecord> asRecords = Camera().Requests();
+  ASSERT_GE(asRecords.size(), 2u);
+  EXPECT_EQ(asRecords[1].path, "/cgi-bin/ulogin.cgi");
+  EXPECT_EQ(asRecords[1].status, 403);
+  EXPECT_EQ(CountRequests("GET /cgi-bin/push.cgi"), 0);
+  ExpectInOrder(Lines(),
+                {s.Line("DoRequest [Error] ret =8000403\n"),
+                 s.Line("DoRequest [Error] http_get_response failed2:ret =8000403\n"),
+                 s.Line("KelSetupSessionCommandExec [Error] DoRequest failed\n"),
+                 s.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n"),
+                 s.Line("CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand [ERROR] open faild IP:" +
+                        std::string(GetParam().pcAddress) +
+                        "  Port:" + std::to_string(Camera().Port()) + "\n"),
+                 "RequestThreadMain [DEBUG] RESTART TINDEX=" + s.Tindex() + "\n"});
+  EXPECT_TRUE(m_capture.Contains("[CCamR::ConnectError] m_iErrorCount = [1]")) << m_capture.All();
+  // A recorder's failure does not make its UID invalid.
+  EXPECT_TRUE(s.pNotify->RtpNotices().empty());
+  EXPECT_FALSE(m_capture.Contains("UidInvalid"));
+}
+
+TEST_P(RecorderRoad, KeepAliveOffNoStatusNoLogout) {
+  StartCamera(Config());
+  StreamSetup sSetup = Setup(CAM_REQUESTER_CMD_MPEG4_RTP);
+  sSetup.bKeepAlive = false;
+  Stream& s = AddStream(sSetup);
+  StartToRun(s);
+  StopToIdle(s);
+  const std::vector<std::string> asLines = RequestLines();
+  ASSERT_EQ(asLines.size(), 4u);
+  EXPECT_EQ(asLines[0], "GET /cgi-bin/start.cgi?UID=-1 HTTP/1.0");
+  EXPECT_EQ(asLines[1].rfind("GET /cgi-bin/ulogin.cgi?USER=", 0), 0u);
+  EXPECT_EQ(asLines[2],
+            "GET /cgi-bin/push.cgi?CMD=START&CAM=0&UID=41&PORT=5500&COMP=MPEG4 HTTP/1.0");
+  EXPECT_EQ(asLines[3],
+            "GET /cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=41&PORT=5500&COMP=MPEG4 HTTP/1.0");
+  EXPECT_TRUE(
+      m_capture.Contains(s.Line("KelStreamStopCommandExec [DEBUG] KEL Logout CGI Command No!!\n")))
+      << m_capture.All();
+}
+
+std::vector<Recorder> Recorders() {
+  std::vector<Recorder> asOut;
+  for (const char* pcAddress : {"127.0.0.1", "::1"}) {
+    asOut.push_back({pcAddress, 31, "KEL31"});
+    asOut.push_back({pcAddress, 32, "KEL32"});
+    asOut.push_back({pcAddress, 33, "KEL33"});
+    asOut.push_back({pcAddress, 34, "KE850"});
+    asOut.push_back({pcAddress, 35, "KEL35"});
+    asOut.push_back({pcAddress, 36, "KEL36"});
+  }
+  return asOut;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kel, RecorderRoad, ::testing::ValuesIn(Recorders()), RecorderName);
+
+// ---- play-back ---------------------------------------------------------------
+
+struct PlayBack {
+  const char* pcAddress;
+  int iCmdType;
+};
+
+class PlayBackRoad : public RoadTest, public ::testing::WithParamInterface<PlayBack> {
+ protected:
+  Stream& Start(int iCameraPlayMode) {
+    camsim::DeviceConfig sConfig = CameraConfig(GetParam().pcAddress, 34);
+    sConfig.values.playMode = iCameraPlayMode;
+    StartCamera(sConfig);
+    StreamSetup sSetup;
+    sSetup.iCmdType = GetParam().iCmdType;
+    sSetup.usCameraType = 34;
+    sSetup.sCamName = "KE850";
+    sSetup.sUser = "operator";
+    sSetup.sPassword = "s3cret!";
+    Stream& s = AddStream(sSetup);
+    s.r().RequestPBStart();
+    EXPECT_TRUE(WaitStatus(s, CAM_HTTP_STS_READY)) << m_capture.All();
+    // The upper layer reports that the stream arrives.
+    const int32_t iRun = 1;
+    EXPECT_EQ(s.r().SetParameter(CAM_PARAM_STATUSCHANGE, &iRun, sizeof(iRun)), 0);
+    EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
+    return s;
+  }
+  // The play-back keep-alive goes out on every 30th call.
+  void KeepAlive30(Stream& s) {
+    const int iBefore = CountRequests("GET /cgi-bin/status.cgi");
+    for (int i = 0; i < 29; ++i) EXPECT_EQ(s.r().SendPBKeepAliveCommand(), 0);
+    EXPECT_EQ(CountRequests("GET /cgi-bin/status.cgi"), iBefore);
+    EXPECT_EQ(s.r().SendPBKeepAliveCommand(), 0);
+    EXPECT_EQ(CountRequests("GET /cgi-bin/status.cgi"), iBefore + 1);
+  }
+  std::string Word() const { return GetParam().iCmdType == 3 ? "MPEG4_PLAY" : "H264_PLAY"; }
+};
+
+TEST_P(PlayBackRoad, SetUpRunKeepAliveMatchAndStopWithLogout) {
+  Stream& s = Start(3);
+  const std::string sAddr = GetParam().pcAddress;
+  const std::string sStatus = "GET /cgi-bin/status.cgi?UID=41&HTML=as_status.html HTTP/1.0";
+  // Modes other than 0 and 5 match whatever this device expects.
+  KeepAlive30(s);
+  EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
+  // Mode 5 matches only an expected 5.
+  const int32_t iFive = 5;
+  ASSERT_EQ(s.r().SetParameter(CAM_PARAM_PLAYMODE, &iFive, sizeof(iFive)), 0);
+  camsim::ReplyValues sValues = Camera().Values();
+  sValues.playMode = 5;
+  Camera().SetValues(sValues);
+  KeepAlive30(s);
+  EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
+
+  s.r().RequestPBStop();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << m_capture.All();
+  const std::vector<std::string> asLines = RequestLines();
+  ASSERT_EQ(asLines.size(), 5u);
+  EXPECT_EQ(asLines[0], "GET /cgi-bin/start.cgi?UID=-1 HTTP/1.0");
+  EXPECT_EQ(asLines[1].rfind("GET /cgi-bin/ulogin.cgi?USER=", 0), 0u);
+  EXPECT_EQ(asLines[2], sStatus);
+  EXPECT_EQ(asLines[3], sStatus);
+  EXPECT_EQ(asLines[4], "GET /cgi-bin/logout.cgi?UID=41 HTTP/1.0");
+
+  ExpectInOrder(
+      Lines(),
+      {"RequestThreadMain [DEBUG] START command TINDEX=" + s.Tindex() + "\n",
+       s.Line("ChangeStatus [DEBUG] Video Event=0:0 -> 2. \n"),
+       s.Line("SetupSessionCommandExec [DEBUG] cgi=/cgi-bin/start.cgi?UID=-1. \n"),
+       s.Line("SetupSessionCommandExec [DEBUG] host:" + sAddr + " \n"),
+       s.Line("SetupSessionCommandExec [DEBUG] port:" + std::to_string(Camera().Port()) + " \n"),
+       s.Line("ChangeStatus [DEBUG] Video Event=2:2 -> 3. \n"),
+       s.Line("SetParameterStatusChange [DEBUG] Change Status:CAM_HTTP_EVT_RUN_SUCCESS\n"),
+       s.Line("ChangeStatus [DEBUG] Video Event=4:3 -> 4. \n"),
+       s.Line("SendPBKeepAliveCommandExec [DEBUG] "
+              "cgi=/cgi-bin/status.cgi?UID=41&HTML=as_status.html. \n"),
+       s.Line(" CheckPlayMode_RcvData [DEBUG] KE REC SERIES !!\n"),
+       s.Line("CheckPlayMode_RcvData [DEBUG] PLAY_MODE Match [m_KELPlayMode:3][m_VOGPlayMode:0]\n"),
+       s.Line("CheckPlayMode_RcvData [DEBUG] PLAY_MODE Match [m_KELPlayMode:5][m_VOGPlayMode:5]\n"),
+       "RequestThreadMain [DEBUG] STOP command TINDEX=" + s.Tindex() + "\n",
+       s.Line("ChangeStatus [DEBUG] Video Event=1:4 -> 5. \n"),
+       s.Line("KelStreamStopCommandExec [DEBUG] cgi=/cgi-bin/logout.cgi?UID=41. \n"),
+       s.Line("ChangeStatus [DEBUG] Video Event=8:5 -> 0. \n")});
+  // Play-back takes no part in the connection-error accounting and never
+  // starts a live delivery.
+  EXPECT_FALSE(m_capture.Contains("ConnectErrorReset\n"));
+  EXPECT_FALSE(m_capture.Contains("StreamStartCommandExec"));
+
+  const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();
+  ASSERT_EQ(asNotices.size(), 1u);
+  EXPECT_EQ(asNotices[0].iUid, 41);
+  EXPECT_EQ(asNotices[0].iCmdType, GetParam().iCmdType);
+  EXPECT_TRUE(asNotices[0].bSessionInfo);
+  EXPECT_EQ(asNotices[0].usSessionPort, Camera().Port());
+}
+
+TEST_P(PlayBackRoad, PlayModeMismatchEndsTheRun) {
+  Stream& s = Start(5);  // this device expects 0
+  KeepAlive30(s);
+  EXPECT_EQ(s.Status(), CAM_HTTP_STS_ERROR);
+  ExpectInOrder(
+      Lines(),
+      {s.Line(" CheckKeepAlive_RcvData [DEBUG] FILENAME EXIST. [ =REC0001.DAT ]\n"),
+       s.Line(
+           "CheckPlayMode_RcvData [Error] PLAY_MODE Unmatch [m_KELPlayMode:5][m_VOGPlayMode:0]\n"),
+       s.Line(" SendPBKeepAliveCommandExec [Error] Play Mode Status Unmatch.\n"),
+       s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")});
+  // A failed play-back keep-alive keeps the UID.
+  EXPECT_FALSE(m_capture.Contains("UidInvalid"));
+  // Left in status 1, the thread rebuilds as a live start, which a
+  // play-back type refuses.
+  ASSERT_TRUE(m_capture.WaitFor("RequestThreadMain [DEBUG] RESTART TINDEX=" + s.Tindex() + "\n"));
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("StreamStartCommandExec [Error] iCmdType:" + Word() + "\n")))
+      << m_capture.All();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_ERROR));
+  s.r().RequestPBStop();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << m_capture.All();
+}
+
+INSTANTIATE_TEST_SUITE_P(Kel34, PlayBackRoad,
+                         ::testing::Values(PlayBack{"127.0.0.1", CAM_REQUESTER_CMD_MPEG4_PLAY},
+                                           PlayBack{"127.0.0.1", CAM_REQUESTER_CMD_H264_PLAY},
+                                           PlayBack{"::1", CAM_REQUESTER_CMD_MPEG4_PLAY},
+                                           PlayBack{"::1", CAM_REQUESTER_CMD_H264_PLAY}),
+                         [](const ::testing::TestParamInfo<PlayBack>& rInfo) {
+                           return std::string(rInfo.param.pcAddress[0] == ':' ? "V6_" : "V4_") +
+                                  (rInfo.param.iCmdType == 3 ? "Mpeg4Play" : "H264Play");
+                         });
+
+}  // namespace
+}  // namespace rtptest
