@@ -70,10 +70,13 @@ void ExpectInOrder(const std::vector<std::string>& asLines,
     size_t uFound = uAt;
     while (uFound < asLines.size() && asLines[uFound] != sWant) ++uFound;
     if (uFound == asLines.size()) {
+      // The lines from the last match on, where the expected one was due.
       std::string sAll;
-      for (const std::string& s : asLines)
-        sAll += "  " + s + (s.empty() || s.back() != '\n' ? "\n" : "");
-      ADD_FAILURE() << sWhere << "\nmissing, or not in this order: [" << sWant << "]\nlines:\n"
+      for (size_t i = uAt; i < asLines.size() && i < uAt + 120; ++i) {
+        sAll += "  " + asLines[i] + (asLines[i].empty() || asLines[i].back() != '\n' ? "\n" : "");
+      }
+      ADD_FAILURE() << sWhere << "\nmissing, or not in this order: [" << sWant
+                    << "]\nlines from the last match on:\n"
                     << sAll;
       return;
     }
@@ -198,6 +201,16 @@ std::vector<std::string> RoadTest::Lines() const {
   return asOut;
 }
 
+std::string RoadTest::Tail(size_t uCount) const {
+  const std::vector<std::string> asLines = m_capture.Lines();
+  std::string sOut = "last lines printed:\n";
+  for (size_t i = asLines.size() > uCount ? asLines.size() - uCount : 0; i < asLines.size(); ++i) {
+    sOut += "  " + asLines[i];
+    if (asLines[i].empty() || asLines[i].back() != '\n') sOut += "\n";
+  }
+  return sOut;
+}
+
 bool RoadTest::WaitStatus(const Stream& rStream, int iStatus, milliseconds tLimit) const {
   return camtest::WaitUntil([&] { return rStream.Status() == iStatus; }, tLimit);
 }
@@ -207,11 +220,11 @@ void RoadTest::StartToRun(Stream& rStream) {
   rStream.r().RequestStart();
   ASSERT_TRUE(WaitStatus(rStream, CAM_HTTP_STS_RUN))
       << "no RUN; status " << rStream.Status() << "\n"
-      << m_capture.All();
+      << Tail();
   if (rStream.sSetup.bKeepAlive) {
     ASSERT_TRUE(
         m_capture.WaitForCount("SendKeepAliveCommandExec OUT!!!!!. \n", iKeepAlives + 1, kLimit))
-        << m_capture.All();
+        << Tail();
   }
 }
 
@@ -219,7 +232,7 @@ void RoadTest::StopToIdle(Stream& rStream) {
   rStream.r().RequestStop();
   ASSERT_TRUE(WaitStatus(rStream, CAM_HTTP_STS_IDLE))
       << "no IDLE; status " << rStream.Status() << "\n"
-      << m_capture.All();
+      << Tail();
 }
 
 }  // namespace rtptest

@@ -106,6 +106,8 @@ class RoadTest : public ::testing::Test {
   int CountRequests(const std::string& sHead) const;
   // The print, normalized.
   std::vector<std::string> Lines() const;
+  // The last lines printed, for a failure message.
+  std::string Tail(size_t uCount = 80) const;
   bool WaitStatus(const Stream& rStream, int iStatus, milliseconds tLimit = kLimit) const;
   // Starts the stream and waits for RUN and the keep-alive that follows.
   void StartToRun(Stream& rStream);

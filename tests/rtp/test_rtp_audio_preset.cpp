@@ -82,8 +82,7 @@ TEST_P(AudioRoad, LostUidKeepsItAndTellsNobody) {
   // The camera restarts and forgets every UID: the next audio keep-alive
   // fails.
   Camera().ForgetUids();
-  ASSERT_TRUE(m_capture.WaitFor(a.Line("ChangeStatus [DEBUG] Audio Event=6:4 -> 1. \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(a.Line("ChangeStatus [DEBUG] Audio Event=6:4 -> 1. \n"))) << Tail();
   EXPECT_GE(m_capture.Count(a.Line("UidInvalid [DEBUG] G.726:\n")), 2);
   EXPECT_TRUE(a.pNotify->RtpNotices().empty());
 }
@@ -115,7 +114,7 @@ TEST_P(Preset, SentBetweenSetUpAndStartAndOnRequest) {
   Stream& s = AddStream(Camera11());
   StartToRun(s);
   ASSERT_EQ(s.r().RequestPresetPosition(), 0);
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/camctrl", 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/camctrl", 2)) << Tail();
   StopToIdle(s);
   const std::string sPreset = "GET /cgi-bin/camctrl?preset=5&ch=2 HTTP/1.0";
   const std::vector<std::string> asLines = RequestLines();
@@ -147,7 +146,7 @@ TEST_P(Preset, UpperCaseFormOnCamera13WithAGivenUid) {
   sSetup.iUid = 77;
   Stream& s = AddStream(sSetup);
   ASSERT_EQ(s.r().RequestPresetPosition(), 0);
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/camctrl")) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/camctrl")) << Tail();
   // 17 is beyond what camera type 13 takes: refused and reset to none.
   const uint16_t usSeventeen = 17;
   EXPECT_EQ(s.r().SetParameter(CAM_PARAM_PRESET, &usSeventeen, sizeof(usSeventeen)), -1);
@@ -171,7 +170,7 @@ TEST_P(Preset, ClientErrorPassesServerErrorFailsAndIsRebuilt) {
   ASSERT_TRUE(WaitForRequest("GET /cgi-bin/camctrl", 2));
   // The 404 passes the lenient request: nothing changes.
   ASSERT_TRUE(m_capture.WaitForCount(s.Line("SendCamPresetCommandExec [DEBUG] free="), 2))
-      << m_capture.All();
+      << Tail();
   EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
   EXPECT_FALSE(m_capture.Contains("DoRequest2 [Error]"));
   EXPECT_EQ(s.pNotify->RtpNotices().size(), 1u);
@@ -179,8 +178,7 @@ TEST_P(Preset, ClientErrorPassesServerErrorFailsAndIsRebuilt) {
   sFault.status = 503;
   Camera().SetFault("/cgi-bin/camctrl", sFault);
   ASSERT_EQ(s.r().RequestPresetPosition(), 0);
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n"))) << Tail();
   ExpectInOrder(Lines(), {s.Line("DoRequest2 [Error] ret =8000503\n"),
                           s.Line("DoRequest2 [Error] http_get_response failed2:ret =8000503\n"),
                           s.Line("UidInvalid [DEBUG] H.264:\n"),
@@ -190,7 +188,7 @@ TEST_P(Preset, ClientErrorPassesServerErrorFailsAndIsRebuilt) {
   EXPECT_EQ(asNotices[1].iUid, -1);
   // Rebuilt after 30 idle rounds, with a new UID and the preset again.
   ASSERT_TRUE(s.pNotify->WaitForRtpNotices(3, kLimit));
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << m_capture.All();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << Tail();
   EXPECT_EQ(s.pNotify->RtpNotices()[2].iUid, 42);
   EXPECT_EQ(CountRequests("GET /cgi-bin/camctrl?preset=5&ch=2 HTTP/1.0"), 4);
 }

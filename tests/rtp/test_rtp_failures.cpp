@@ -27,7 +27,7 @@ TEST_P(FailureRoad, CameraDownAtStartCountsRestartsAndRecovers) {
   Stream& s = AddStream(StreamSetup());
   s.r().RequestStart();
 
-  ASSERT_TRUE(m_capture.WaitFor(ErrorCount(1))) << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(ErrorCount(1))) << Tail();
   const Clock::time_point tFirst = Clock::now();
   EXPECT_EQ(s.Status(), CAM_HTTP_STS_ERROR);
   ExpectInOrder(
@@ -42,7 +42,7 @@ TEST_P(FailureRoad, CameraDownAtStartCountsRestartsAndRecovers) {
               "  Port:" + sPort + "\n")});
 
   // The tenth failure in a row raises the alarm, once.
-  ASSERT_TRUE(m_capture.WaitFor(ErrorCount(11))) << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(ErrorCount(11))) << Tail();
   const Clock::time_point tEleventh = Clock::now();
   ASSERT_EQ(m_alarms.Reports().size(), 1u);
   const camtest::AlarmCapture::Report sOn = m_alarms.Reports()[0];
@@ -72,7 +72,7 @@ TEST_P(FailureRoad, CameraDownAtStartCountsRestartsAndRecovers) {
 
   // The camera comes back: the next rebuild runs, and the alarm goes off.
   ASSERT_TRUE(Camera().AcceptConnections());
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << m_capture.All();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << Tail();
   ASSERT_TRUE(camtest::WaitUntil([&] { return m_alarms.Reports().size() == 2u; }));
   EXPECT_EQ(m_alarms.Codes(), (std::vector<int>{2, 39}));
   EXPECT_TRUE(m_capture.Contains("[CCamR::ConnectErrorReset] ERROR OFF iPos =[1], cIpAddr=[" +
@@ -101,8 +101,7 @@ TEST_P(FailureRoad, KeepAliveUnansweredForgetsUidAndRebuilds) {
   StartToRun(s);
   // The camera restarts and forgets the UID: the next keep-alive is refused.
   Camera().ForgetUids();
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n"))) << Tail();
   ExpectInOrder(Lines(),
                 {s.Line("DoRequest [Error] ret =8000404\n"),
                  s.Line("DoRequest [Error] http_get_response failed2:ret =8000404\n"),
@@ -128,8 +127,8 @@ TEST_P(FailureRoad, KeepAliveUnansweredForgetsUidAndRebuilds) {
   EXPECT_FALSE(asNotices[2].bSessionInfo);
 
   // Rebuilt after 30 idle rounds: a new UID, RUN again.
-  ASSERT_TRUE(s.pNotify->WaitForRtpNotices(4, kLimit)) << m_capture.All();
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << m_capture.All();
+  ASSERT_TRUE(s.pNotify->WaitForRtpNotices(4, kLimit)) << Tail();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << Tail();
   asNotices = s.pNotify->RtpNotices();
   EXPECT_EQ(asNotices[3].iUid, 42);
   ASSERT_TRUE(WaitForRequest("GET /cgi-bin/keep_alive?mode=h264&protocol=rtp&UID=42&page=N"));
@@ -171,8 +170,7 @@ TEST_P(RecorderStall, StopIsCountedOnceAndTheReturnResetsIt) {
   Stream& s = Run();
   const std::string sAddr = GetParam();
   s.pNotify->SetStreamState(1);
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("CheckStreamStart RTP RUN ->STOP  POS=1 \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("CheckStreamStart RTP RUN ->STOP  POS=1 \n"))) << Tail();
   // Threshold 1: the first stop raises the alarm.
   ASSERT_TRUE(camtest::WaitUntil([&] { return !m_alarms.Reports().empty(); }));
   EXPECT_EQ(m_alarms.Codes(), std::vector<int>{2});
@@ -183,15 +181,14 @@ TEST_P(RecorderStall, StopIsCountedOnceAndTheReturnResetsIt) {
                  s.Line("CheckStreamStart RTP RUN ->STOP  POS=1 \n")});
   // The start is pushed again on every check while the stream stays away,
   // with no new report; a plain 200 sends no keep-alive with it.
-  ASSERT_TRUE(WaitForRequest(kPush, 3)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest(kPush, 3)) << Tail();
   EXPECT_EQ(m_capture.Count(s.Line("CheckStreamStart RTP RUN ->STOP  POS=1 \n")), 1);
   EXPECT_EQ(m_alarms.Reports().size(), 1u);
   EXPECT_FALSE(m_capture.Contains("KeepAlive Send"));
   EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
 
   s.pNotify->SetStreamState(0);
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("CheckStreamStart RTP STOP -> RUN  POS=1 \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("CheckStreamStart RTP STOP -> RUN  POS=1 \n"))) << Tail();
   ASSERT_TRUE(camtest::WaitUntil([&] { return m_alarms.Reports().size() == 2u; }));
   EXPECT_EQ(m_alarms.Codes(), (std::vector<int>{2, 39}));
   const int iPushes = CountRequests(kPush);
@@ -200,7 +197,7 @@ TEST_P(RecorderStall, StopIsCountedOnceAndTheReturnResetsIt) {
   const size_t uQueries = s.pNotify->StateQueries().size();
   const int iErrors = m_capture.CountContaining("[CCamR::ConnectError] m_iErrorCount");
   s.pNotify->SetStreamState(2);
-  ASSERT_TRUE(WaitForRequest(kPush, iPushes + 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest(kPush, iPushes + 2)) << Tail();
   EXPECT_EQ(m_capture.CountContaining("[CCamR::ConnectError] m_iErrorCount"), iErrors);
   EXPECT_EQ(m_capture.Count(s.Line("CheckStreamStart RTP RUN ->STOP  POS=1 \n")), 1);
   EXPECT_EQ(m_alarms.Reports().size(), 2u);
@@ -221,7 +218,7 @@ TEST_P(RecorderStall, PushAnsweredWith204SendsKeepAliveAtOnce) {
   s.pNotify->SetStreamState(1);
   ASSERT_TRUE(m_capture.WaitFor(s.Line(
       "CheckStreamStart [DEBUG] POS=1 PUSH CGI! m_KELCheckStreamRet=0x8000204 KeepAlive Send\n")))
-      << m_capture.All();
+      << Tail();
   s.pNotify->SetStreamState(0);
   ASSERT_TRUE(WaitForRequest("GET /cgi-bin/status.cgi", iStatus + 1));
   // The keep-alive follows the pushed start directly.
@@ -251,8 +248,7 @@ TEST_P(RecorderStall, FailedForcedKeepAliveForgetsUidAndRebuildsAtOnce) {
   sDown.times = 1;
   Camera().SetFault("/cgi-bin/status.cgi", sDown);
   s.pNotify->SetStreamState(1);
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n"))) << Tail();
   s.pNotify->SetStreamState(0);
   // The check comes at the 150th idle round, the periodic keep-alive at the
   // 300th: the forced one meets the refusal.
@@ -266,7 +262,7 @@ TEST_P(RecorderStall, FailedForcedKeepAliveForgetsUidAndRebuildsAtOnce) {
   ASSERT_GE(asNotices.size(), 2u);
   EXPECT_EQ(asNotices[1].iUid, -1);
   // A recorder's video is rebuilt on the next idle round: a new login.
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/ulogin.cgi", 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/ulogin.cgi", 2)) << Tail();
   ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN));
 }
 

@@ -191,27 +191,27 @@ TEST_P(FaultTable, StatusLinesNotificationsAndRebuild) {
     s.r().RequestStart();
   }
   if (!m_sRefuseAfter.empty()) {
-    ASSERT_TRUE(WaitForRequest(m_sRefuseAfter)) << m_capture.All();
+    ASSERT_TRUE(WaitForRequest(m_sRefuseAfter)) << Tail();
     ASSERT_TRUE(Camera().RefuseConnections());
   }
 
   if (What() == Kind::kSlow) {
     // A slow answer inside the time-out is no failure.
     if (bStop) {
-      ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << m_capture.All();
+      ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << Tail();
     } else {
-      ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << m_capture.All();
+      ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << Tail();
       ASSERT_TRUE(m_capture.WaitFor(s.Line("SendKeepAliveCommandExec OUT!!!!!. \n")));
     }
     for (const char* pcFailure :
          {"DoRequest [Error]", "UidInvalid", "StreamStopCommandExec [ERROR]", "Event=3:2",
           "Event=5:3", "Event=6:4"}) {
-      EXPECT_FALSE(m_capture.Contains(pcFailure)) << pcFailure << "\n" << m_capture.All();
+      EXPECT_FALSE(m_capture.Contains(pcFailure)) << pcFailure << "\n" << Tail();
     }
     return;
   }
 
-  ASSERT_TRUE(m_capture.WaitFor(s.Line(kEventLines[static_cast<int>(Where())]))) << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line(kEventLines[static_cast<int>(Where())]))) << Tail();
   // Bounded: the divided time-outs are a quarter of a second; the real ones
   // would be 5 s for an answer and 30 s for a connection.
   EXPECT_LT(std::chrono::duration_cast<milliseconds>(Clock::now() - tStart).count(), 4000);
@@ -252,9 +252,9 @@ TEST_P(FaultTable, StatusLinesNotificationsAndRebuild) {
     iUidInvalid += sLine == s.Line("UidInvalid [DEBUG] H.264:\n") ? 1 : 0;
     bCounted |= sLine.find("[CCamR::ConnectError] m_iErrorCount = [1]") != std::string::npos;
   }
-  EXPECT_EQ(iUidInvalid, UidInvalidCalls()) << m_capture.All();
+  EXPECT_EQ(iUidInvalid, UidInvalidCalls()) << Tail();
   // Only a failed set-up counts towards the connection-error alarm.
-  EXPECT_EQ(bCounted, Where() == Exchange::kSetup) << m_capture.All();
+  EXPECT_EQ(bCounted, Where() == Exchange::kSetup) << Tail();
   if (bStop) {
     EXPECT_EQ(s.Status(), CAM_HTTP_STS_IDLE);
     EXPECT_EQ(static_cast<int>(s.pNotify->RtpNotices().size()), 1 + UidInvalidCalls());
@@ -262,8 +262,10 @@ TEST_P(FaultTable, StatusLinesNotificationsAndRebuild) {
   }
 
   // The camera behaves again: the session is rebuilt and runs.
-  if (What() == Kind::kRefused) ASSERT_TRUE(Camera().AcceptConnections());
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << m_capture.All();
+  if (What() == Kind::kRefused) {
+    ASSERT_TRUE(Camera().AcceptConnections());
+  }
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_RUN)) << Tail();
   // Every UID -1 printed reached the upper layer, and the last word is
   // the new UID.
   const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();

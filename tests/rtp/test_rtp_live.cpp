@@ -99,7 +99,7 @@ TEST_P(LiveRoad, StartKeepAliveStop) {
 
   StartToRun(s);
   // One keep-alive right after the start, the next after 300 idle rounds.
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/keep_alive", 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/keep_alive", 2)) << Tail();
   StopToIdle(s);
 
   const std::string sMyPort = std::to_string(Port());
@@ -173,7 +173,7 @@ TEST_P(LiveRoad, StartKeepAliveStop) {
     EXPECT_TRUE(m_capture.Contains("AddHeader [DEBUG] setaddress=[::1]\n"));
   }
   if (GetParam().eDelivery == Delivery::kMultiBadV6) {
-    EXPECT_FALSE(m_capture.Contains("SerachString iMultiAddv6=")) << m_capture.All();
+    EXPECT_FALSE(m_capture.Contains("SerachString iMultiAddv6=")) << Tail();
   }
   EXPECT_FALSE(m_capture.Contains(c.pcUidInvalid));
 
@@ -273,7 +273,7 @@ TEST_P(SecondStream, KeepAliveOffSendsNoKeepAlive) {
           "HTTP/1.0"}));
   EXPECT_TRUE(
       m_capture.Contains(s.Line("KelStreamStopCommandExec [DEBUG] KEL Logout CGI Command No!!\n")))
-      << m_capture.All();
+      << Tail();
   // The stream check of a camera asks the upper layer with the camera and
   // command types.
   for (const auto& q : s.pNotify->StateQueries()) {

@@ -67,7 +67,7 @@ TEST_P(RecorderRoad, LoginPushKeepAliveStopLogout) {
   StartCamera(Config());
   Stream& s = AddStream(Setup());
   StartToRun(s);
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/status.cgi", 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/status.cgi", 2)) << Tail();
 
   // What the upper layer can ask of the recorder session while it runs.
   CAM_KEL_INFO sInfo{};
@@ -75,7 +75,7 @@ TEST_P(RecorderRoad, LoginPushKeepAliveStopLogout) {
   sInfo.iHttpPort = Camera().Port();
   sInfo.usCameraType = GetParam().usType;
   snprintf(sInfo.CamName, sizeof(sInfo.CamName), "%s", GetParam().pcName);
-  ASSERT_EQ(s.r().GetInfo(CAM_INFO_KELINFO, &sInfo), 0) << m_capture.All();
+  ASSERT_EQ(s.r().GetInfo(CAM_INFO_KELINFO, &sInfo), 0) << Tail();
   EXPECT_EQ(sInfo.iUid, 41);
   EXPECT_STREQ(sInfo.cSelfAddr, GetParam().pcAddress);
   EXPECT_EQ(sInfo.iSelfFamily, V6() ? AF_INET6 : AF_INET);
@@ -85,7 +85,7 @@ TEST_P(RecorderRoad, LoginPushKeepAliveStopLogout) {
 
   StopToIdle(s);
   const std::string sKey = Key(s);
-  ASSERT_EQ(sKey.size(), 6u) << m_capture.All();
+  ASSERT_EQ(sKey.size(), 6u) << Tail();
 
   const std::string sStart = "/cgi-bin/push.cgi?CMD=START&CAM=0&UID=41&PORT=5500&" + H264Comp();
   const std::string sStop = "/cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=41&PORT=5500&" + H264Comp();
@@ -160,10 +160,9 @@ TEST_P(RecorderRoad, WrongPasswordIsRefusedAndCountsAsFailure) {
   sSetup.sPassword = "s3cret?";
   Stream& s = AddStream(sSetup);
   s.r().RequestStart();
-  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n")))
-      << m_capture.All();
+  ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n"))) << Tail();
   // A recorder's video is rebuilt on the next idle round, not after 30.
-  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/ulogin.cgi", 2)) << m_capture.All();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/ulogin.cgi", 2)) << Tail();
   s.r().RequestStop();
   ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE));
 
@@ -181,7 +180,7 @@ TEST_P(RecorderRoad, WrongPasswordIsRefusedAndCountsAsFailure) {
                         std::string(GetParam().pcAddress) +
                         "  Port:" + std::to_string(Camera().Port()) + "\n"),
                  "RequestThreadMain [DEBUG] RESTART TINDEX=" + s.Tindex() + "\n"});
-  EXPECT_TRUE(m_capture.Contains("[CCamR::ConnectError] m_iErrorCount = [1]")) << m_capture.All();
+  EXPECT_TRUE(m_capture.Contains("[CCamR::ConnectError] m_iErrorCount = [1]")) << Tail();
   // A recorder's failure does not make its UID invalid.
   EXPECT_TRUE(s.pNotify->RtpNotices().empty());
   EXPECT_FALSE(m_capture.Contains("UidInvalid"));
@@ -204,7 +203,7 @@ TEST_P(RecorderRoad, KeepAliveOffNoStatusNoLogout) {
             "GET /cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=41&PORT=5500&COMP=MPEG4 HTTP/1.0");
   EXPECT_TRUE(
       m_capture.Contains(s.Line("KelStreamStopCommandExec [DEBUG] KEL Logout CGI Command No!!\n")))
-      << m_capture.All();
+      << Tail();
 }
 
 std::vector<Recorder> Recorders() {
@@ -243,7 +242,7 @@ class PlayBackRoad : public RoadTest, public ::testing::WithParamInterface<PlayB
     sSetup.sPassword = "s3cret!";
     Stream& s = AddStream(sSetup);
     s.r().RequestPBStart();
-    EXPECT_TRUE(WaitStatus(s, CAM_HTTP_STS_READY)) << m_capture.All();
+    EXPECT_TRUE(WaitStatus(s, CAM_HTTP_STS_READY)) << Tail();
     // The upper layer reports that the stream arrives.
     const int32_t iRun = 1;
     EXPECT_EQ(s.r().SetParameter(CAM_PARAM_STATUSCHANGE, &iRun, sizeof(iRun)), 0);
@@ -278,7 +277,7 @@ TEST_P(PlayBackRoad, SetUpRunKeepAliveMatchAndStopWithLogout) {
   EXPECT_EQ(s.Status(), CAM_HTTP_STS_RUN);
 
   s.r().RequestPBStop();
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << m_capture.All();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << Tail();
   const std::vector<std::string> asLines = RequestLines();
   ASSERT_EQ(asLines.size(), 5u);
   EXPECT_EQ(asLines[0], "GET /cgi-bin/start.cgi?UID=-1 HTTP/1.0");
@@ -336,10 +335,10 @@ TEST_P(PlayBackRoad, PlayModeMismatchEndsTheRun) {
   // play-back type refuses.
   ASSERT_TRUE(m_capture.WaitFor("RequestThreadMain [DEBUG] RESTART TINDEX=" + s.Tindex() + "\n"));
   ASSERT_TRUE(m_capture.WaitFor(s.Line("StreamStartCommandExec [Error] iCmdType:" + Word() + "\n")))
-      << m_capture.All();
+      << Tail();
   ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_ERROR));
   s.r().RequestPBStop();
-  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << m_capture.All();
+  ASSERT_TRUE(WaitStatus(s, CAM_HTTP_STS_IDLE)) << Tail();
 }
 
 INSTANTIATE_TEST_SUITE_P(Kel34, PlayBackRoad,
