@@ -93,7 +93,7 @@ class RoadTest : public ::testing::Test {
 
   // Starts the simulated device; fails the test when it cannot.
   camsim::Device& StartCamera(const camsim::DeviceConfig& sConfig);
-  camsim::Device& Camera() { return *m_pDevice; }
+  camsim::Device& Camera() const { return *m_pDevice; }
   // Creates a requester for the device, sets every parameter the way the
   // upper layer does and starts its thread.
   Stream& AddStream(const StreamSetup& sSetup);
