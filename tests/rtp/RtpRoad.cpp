@@ -211,6 +211,18 @@ std::string RoadTest::Tail(size_t uCount) const {
   return sOut;
 }
 
+void RoadTest::ExpectLines(const std::vector<std::string>& asExpected, const std::string& sWhere) {
+  if (!asExpected.empty()) {
+    camtest::WaitUntil([&] {
+      for (const std::string& sLine : Lines()) {
+        if (sLine == asExpected.back()) return true;
+      }
+      return false;
+    });
+  }
+  ExpectInOrder(Lines(), asExpected, sWhere);
+}
+
 bool RoadTest::WaitStatus(const Stream& rStream, int iStatus, milliseconds tLimit) const {
   return camtest::WaitUntil([&] { return rStream.Status() == iStatus; }, tLimit);
 }

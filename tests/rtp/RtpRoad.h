@@ -108,6 +108,9 @@ class RoadTest : public ::testing::Test {
   std::vector<std::string> Lines() const;
   // The last lines printed, for a failure message.
   std::string Tail(size_t uCount = 80) const;
+  // Waits until the last expected line was printed, then checks that all
+  // were printed in this order.
+  void ExpectLines(const std::vector<std::string>& asExpected, const std::string& sWhere = "");
   bool WaitStatus(const Stream& rStream, int iStatus, milliseconds tLimit = kLimit) const;
   // Starts the stream and waits for RUN and the keep-alive that follows.
   void StartToRun(Stream& rStream);

@@ -52,11 +52,11 @@ TEST_P(AudioRoad, StartsWithoutSetUpOnTheVideoUid) {
                 "GET /cgi-bin/keep_alive?mode=audio&protocol=rtp&UID=41&page=N&stream=1 HTTP/1.0",
                 "GET /cgi-bin/audio?connect=stop&protocol=rtp&my_port=5600" + sMode +
                     "&UID=41&page=N&stream=1 HTTP/1.0"}));
-  ExpectInOrder(Lines(), {a.Line("ChangeStatus [DEBUG] Audio Event=0:0 -> 3. \n"),
-                          a.Line("CmdSet_AudioDistribute [DEBUG] Camera Type = 7 \n"),
-                          a.Line("ChangeStatus [DEBUG] Audio Event=4:3 -> 4. \n"),
-                          a.Line("ChangeStatus [DEBUG] Audio Event=1:4 -> 5. \n"),
-                          a.Line("ChangeStatus [DEBUG] Audio Event=8:5 -> 0. \n")});
+  ExpectLines({a.Line("ChangeStatus [DEBUG] Audio Event=0:0 -> 3. \n"),
+               a.Line("CmdSet_AudioDistribute [DEBUG] Camera Type = 7 \n"),
+               a.Line("ChangeStatus [DEBUG] Audio Event=4:3 -> 4. \n"),
+               a.Line("ChangeStatus [DEBUG] Audio Event=1:4 -> 5. \n"),
+               a.Line("ChangeStatus [DEBUG] Audio Event=8:5 -> 0. \n")});
   // Audio is never set up: no session request, no notification, no UID
   // message of its own.
   EXPECT_TRUE(a.pNotify->RtpNotices().empty());
@@ -131,10 +131,9 @@ TEST_P(Preset, SentBetweenSetUpAndStartAndOnRequest) {
   const bool bV6 = GetParam()[0] == ':';
   EXPECT_EQ(asRecords[1].Header("Connection"), "Keep-Alive");
   EXPECT_EQ(asRecords[1].Header("Host"), bV6 ? "[::1]" : "127.0.0.1");
-  ExpectInOrder(
-      Lines(), {s.Line("SendCamPresetCommandExec [DEBUG] cgi=/cgi-bin/camctrl?preset=5&ch=2. \n"),
-                "RequestThreadMain [DEBUG] PRESET command TINDEX=" + s.Tindex() + "\n",
-                s.Line("SendCamPresetCommandExec [DEBUG] cgi=/cgi-bin/camctrl?preset=5&ch=2. \n")});
+  ExpectLines({s.Line("SendCamPresetCommandExec [DEBUG] cgi=/cgi-bin/camctrl?preset=5&ch=2. \n"),
+               "RequestThreadMain [DEBUG] PRESET command TINDEX=" + s.Tindex() + "\n",
+               s.Line("SendCamPresetCommandExec [DEBUG] cgi=/cgi-bin/camctrl?preset=5&ch=2. \n")});
 }
 
 TEST_P(Preset, UpperCaseFormOnCamera13WithAGivenUid) {
@@ -179,10 +178,10 @@ TEST_P(Preset, ClientErrorPassesServerErrorFailsAndIsRebuilt) {
   Camera().SetFault("/cgi-bin/camctrl", sFault);
   ASSERT_EQ(s.r().RequestPresetPosition(), 0);
   ASSERT_TRUE(m_capture.WaitFor(s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n"))) << Tail();
-  ExpectInOrder(Lines(), {s.Line("DoRequest2 [Error] ret =8000503\n"),
-                          s.Line("DoRequest2 [Error] http_get_response failed2:ret =8000503\n"),
-                          s.Line("UidInvalid [DEBUG] H.264:\n"),
-                          s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")});
+  ExpectLines({s.Line("DoRequest2 [Error] ret =8000503\n"),
+               s.Line("DoRequest2 [Error] http_get_response failed2:ret =8000503\n"),
+               s.Line("UidInvalid [DEBUG] H.264:\n"),
+               s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")});
   const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();
   ASSERT_EQ(asNotices.size(), 2u);
   EXPECT_EQ(asNotices[1].iUid, -1);
@@ -237,9 +236,9 @@ TEST_P(IframeInterval, SentOnlyWhereTheCameraTakesIt) {
     Camera().SetFault(sLine.substr(0, sLine.find('?')), sFault);
     EXPECT_EQ(s.r().SendCamIframInstCommand(), 0);
     EXPECT_EQ(s.Status(), CAM_HTTP_STS_ERROR);
-    ExpectInOrder(Lines(), {s.Line("DoRequest [Error] ret =8000500\n"),
-                            s.Line("SendCamIframInstCommandExec [Error] camera session failed\n"),
-                            s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")});
+    ExpectLines({s.Line("DoRequest [Error] ret =8000500\n"),
+                 s.Line("SendCamIframInstCommandExec [Error] camera session failed\n"),
+                 s.Line("ChangeStatus [DEBUG] Video Event=6:4 -> 1. \n")});
     Camera().ClearFaults();
   }
 }
