@@ -21,6 +21,7 @@ enum class Kind {
   kCloseHeader,
   kCloseBody,
   kGarbage,
+  kReset,
   k404,
   k503,
   kNoUid
