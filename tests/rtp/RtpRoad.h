@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
