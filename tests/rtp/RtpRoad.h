@@ -33,8 +33,9 @@ using std::chrono::milliseconds;
 // (300 rounds) comes about every third of a second and a restart (30
 // rounds) after some 30 ms.
 constexpr int kWaitDivisor = 100;
-// 5 s / 20: a camera that does not answer costs a quarter of a second.
-constexpr int kHttpDivisor = 20;
+// 5 s / 5: a camera that does not answer costs a second, a margin wide
+// enough for a loaded machine and the sanitizers.
+constexpr int kHttpDivisor = 5;
 // Bound of every wait for something the requester must do.
 constexpr milliseconds kLimit{10000};
 

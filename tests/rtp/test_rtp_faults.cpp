@@ -90,7 +90,7 @@ camsim::Fault FaultOf(Kind e) {
       s.action = camsim::FaultAction::kNoAnswer;
       break;
     case Kind::kSlow:
-      s.delayMs = 50;  // well inside the (divided) five seconds
+      s.delayMs = 100;  // well inside the (divided) five seconds
       break;
     case Kind::kCloseHeader:
       s.action = camsim::FaultAction::kCloseMidHeader;
@@ -152,7 +152,7 @@ class FaultTable : public RoadTest, public ::testing::WithParamInterface<Row> {
   // exchange finds the camera gone.
   void RefuseAfter(const char* pcPath, const std::string& sHead) {
     camsim::Fault sHold;
-    sHold.delayMs = 120;  // inside the (divided) time-out
+    sHold.delayMs = 300;  // inside the (divided) time-out
     sHold.times = 1;
     Camera().SetFault(pcPath, sHold);
     m_sRefuseAfter = sHead;
@@ -224,7 +224,7 @@ TEST_P(FaultTable, StatusLinesNotificationsAndRebuild) {
   }
 
   ASSERT_TRUE(m_capture.WaitFor(s.Line(kEventLines[static_cast<int>(Where())]))) << Tail();
-  // Bounded: the divided time-outs are a quarter of a second; the real ones
+  // Bounded: the divided time-outs are a second; the real ones
   // would be 5 s for an answer and 30 s for a connection.
   EXPECT_LT(std::chrono::duration_cast<milliseconds>(Clock::now() - tStart).count(), 4000);
 
