@@ -79,6 +79,10 @@ TEST_P(FailureRoad, CameraDownAtStartCountsRestartsAndRecovers) {
   const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();
   ASSERT_FALSE(asNotices.empty());
   EXPECT_EQ(asNotices.back().iUid, 41);
+  // One count per failed set-up, no more, and one UID -1 each.
+  const int iFailures = m_capture.Count(s.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n"));
+  EXPECT_EQ(m_capture.CountContaining("[CCamR::ConnectError] m_iErrorCount = ["), iFailures);
+  EXPECT_EQ(static_cast<int>(asNotices.size()), iFailures + 1);
   ExpectLines({"RequestThreadMain [DEBUG] RESTART TINDEX=" + s.Tindex() + "\n",
                s.Line("ChangeStatus [DEBUG] Video Event=1:1 -> 0. \n"),
                s.Line("ChangeStatus [DEBUG] Video Event=0:0 -> 2. \n"),
