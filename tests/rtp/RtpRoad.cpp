@@ -201,6 +201,15 @@ std::vector<std::string> RoadTest::RequestLines() const {
   return asOut;
 }
 
+std::vector<std::string> RoadTest::CollapsedRequestLines(const std::string& sSkip) const {
+  std::vector<std::string> asOut;
+  for (const std::string& sLine : RequestLines()) {
+    if (!sSkip.empty() && sLine.find(sSkip) != std::string::npos) continue;
+    if (asOut.empty() || asOut.back() != sLine) asOut.push_back(sLine);
+  }
+  return asOut;
+}
+
 int RoadTest::CountRequests(const std::string& sHead) const {
   int iCount = 0;
   for (const std::string& s : RequestLines()) iCount += s.rfind(sHead, 0) == 0 ? 1 : 0;

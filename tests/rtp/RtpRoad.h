@@ -100,6 +100,9 @@ class RoadTest : public ::testing::Test {
 
   // The request lines the device received, normalized.
   std::vector<std::string> RequestLines() const;
+  // The same with each run of equal lines (keep-alives) written once, and
+  // without the lines that contain sSkip (another stream's), when given.
+  std::vector<std::string> CollapsedRequestLines(const std::string& sSkip = "") const;
   // Waits until the device has received a request line starting with sHead
   // iCount times.
   bool WaitForRequest(const std::string& sHead, int iCount = 1, milliseconds tLimit = kLimit) const;

@@ -238,7 +238,7 @@ TEST_P(SecondStream, ChannelAndStreamInEveryLine) {
   Stream& s = AddStream(sSetup);
   StartToRun(s);
   StopToIdle(s);
-  EXPECT_EQ(RequestLines(),
+  EXPECT_EQ(CollapsedRequestLines(),
             (std::vector<std::string>{
                 "GET /cgi-bin/getuid?FILE=2&vcodec=mpeg-4_2&ch=3 HTTP/1.0",
                 "GET /cgi-bin/mpeg4?connect=start&protocol=rtp&my_port=5004&ch=3&UID=41&stream=2 "
