@@ -107,7 +107,8 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
  * close. ulLength and ulStatus are set. A second call on the session sends
  * again on a new connection. Returns:
  *   0x08000000 | status        a response came (0x08000200, 0x08000404...)
- *   HTTP_ERR_PARAM             null session, buffer or pcBuffer, ulSize 0
+ *   HTTP_ERR_PARAM             null or closed session, buffer or pcBuffer,
+ *                              ulSize 0
  *   HTTP_ERR_STATE             no URL set
  *   HTTP_ERR_TIMEOUT           the whole response not within the time-out
  *   HTTP_ERR_TIMEOUT_CONNECT   the new connection for an authentication
@@ -135,11 +136,13 @@ uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec);
  * after any failure. 0, or -1 for null or a handle that is not an open
  * session (closed already). It may run while other threads are inside, or
  * just entering, any call on the same session, typically the push readers
- * below: a reader waiting for bytes wakes at once, and every such call
- * returns an error (HTTP_ERR_CLOSED from the readers, HTTP_ERR_PARAM from
- * the others); the session's memory goes when the last of them has left.
- * A closed handle is never read through, and its address is not given to
- * a new session before 10 s and 64 further closes have passed. */
+ * below. It never waits for them: it shuts the connection down, so that a
+ * call waiting for bytes wakes at once and ends as at a closed connection,
+ * and a call that comes later is refused (HTTP_ERR_CLOSED from the push
+ * readers, HTTP_ERR_PARAM from the others). The session's memory goes when
+ * the last of these calls has left. A closed handle is never read through,
+ * and its address is not given to a new session before 10 s and 64 further
+ * closes have passed. */
 int http_close_session(HTTP_SESSION* psSession);
 
 /* ---- Extensions of this replacement ------------------------------------ */

@@ -138,6 +138,26 @@ SessionRegistry& registry() {
   return sessions;
 }
 
+// A call's hold on its session: found, referenced and locked for the call,
+// or nothing when the handle is not, or no longer, an open session.
+class SessionCall {
+ public:
+  explicit SessionCall(const HTTP_SESSION* handle) : impl_(registry().find(handle)) {
+    if (!impl_) return;
+    guard_ = std::unique_lock<std::mutex>(impl_->lock);
+    if (!impl_->closed.load()) return;
+    guard_.unlock();
+    impl_.reset();
+  }
+  explicit operator bool() const { return impl_ != nullptr; }
+  SessionImpl& operator*() const { return *impl_; }
+  SessionImpl* operator->() const { return impl_.get(); }
+
+ private:
+  std::shared_ptr<SessionImpl> impl_;  // released after the lock below
+  std::unique_lock<std::mutex> guard_;
+};
+
 void close_connection(SessionImpl& impl) {
   {
     std::lock_guard<std::mutex> guard(impl.socketLock);
@@ -284,9 +304,8 @@ uint32_t http_set_url(HTTP_SESSION* psSession, const char* pcMethod, const char*
       !kxhttp::is_request_target(pcVersion)) {
     return HTTP_ERR_PARAM;
   }
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_PARAM;
-  std::lock_guard<std::mutex> guard(impl->lock);
   impl->line = kxhttp::RequestLine{pcMethod, pcUrl, pcVersion};
   impl->hasUrl = true;
   return HTTP_RESULT_OK;
@@ -294,9 +313,8 @@ uint32_t http_set_url(HTTP_SESSION* psSession, const char* pcMethod, const char*
 
 uint32_t http_add_header(HTTP_SESSION* psSession, const char* pcName, const char* pcValue) {
   if (!kxhttp::is_token(pcName) || !kxhttp::is_field_value(pcValue)) return HTTP_ERR_PARAM;
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_PARAM;
-  std::lock_guard<std::mutex> guard(impl->lock);
   impl->headers.push_back(kxhttp::Header{pcName, pcValue});
   return HTTP_RESULT_OK;
 }
@@ -306,9 +324,8 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
       (pcPassword != nullptr && !kxhttp::is_field_value(pcPassword))) {
     return HTTP_ERR_PARAM;
   }
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_PARAM;
-  std::lock_guard<std::mutex> guard(impl->lock);
   impl->hasCredentials = true;
   impl->user = pcUser;
   impl->password = pcPassword != nullptr ? pcPassword : "";
@@ -317,9 +334,8 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
 
 uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeoutSec) {
   if (psBuf == nullptr || psBuf->pcBuffer == nullptr || psBuf->ulSize == 0) return HTTP_ERR_PARAM;
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_PARAM;
-  std::lock_guard<std::mutex> guard(impl->lock);
   psBuf->pcBuffer[0] = '\0';
   psBuf->ulLength = 0;
   psBuf->ulStatus = 0;
@@ -339,9 +355,8 @@ uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeo
 }
 
 uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec) {
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_PARAM;
-  std::lock_guard<std::mutex> guard(impl->lock);
   impl->multipart.reset();
   impl->pushReady = false;
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
@@ -369,10 +384,8 @@ int http_session_socket(HTTP_SESSION* psSession) {
 uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, int iTimeoutMs) {
   if (psSession == nullptr || psPart == nullptr) return HTTP_ERR_PARAM;
   std::memset(psPart, 0, sizeof *psPart);
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_CLOSED;
-  std::lock_guard<std::mutex> guard(impl->lock);
-  if (impl->closed.load()) return HTTP_ERR_CLOSED;
   if (!impl->pushReady) return HTTP_ERR_STATE;
   if (!impl->multipart) {
     const std::string* type = kxhttp::find_header(impl->pushHead.headers, "Content-Type");
@@ -399,10 +412,8 @@ uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, siz
   if (psSession == nullptr || pvData == nullptr || pulRead == nullptr || ulMax == 0) {
     return HTTP_ERR_PARAM;
   }
-  std::shared_ptr<SessionImpl> impl = kxhttp::registry().find(psSession);
+  kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_CLOSED;
-  std::lock_guard<std::mutex> guard(impl->lock);
-  if (impl->closed.load()) return HTTP_ERR_CLOSED;
   if (!impl->pushReady) return HTTP_ERR_STATE;
   if (impl->input.pending.empty()) {
     kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
