@@ -13,12 +13,11 @@ bool InStatus(const CCamRequester& rReq, int iStatus) {
   return rReq.iConnectStatus == iStatus;
 }
 
-// Prints a text that carries no conversion; null prints nothing.
+}  // namespace
+
 void PrintText(CCamRequester& rReq, const char* pcText) {
   if (pcText != nullptr) rReq.CamReqCOM_printf("%s", pcText);
 }
-
-}  // namespace
 
 bool CountTick(int32_t& riCount, int iPeriod) {
   const int32_t iNext = riCount + 1;

@@ -19,6 +19,10 @@ constexpr int kStallErrorThreshold = 1;   // a recorder's stall is reported at o
 // Result bits of a start request that ask for a keep-alive at once (0x204).
 constexpr unsigned kPushAgainKeepAliveMask = 0x204;
 
+// Prints a text that carries no conversion (a message held as data); null
+// prints nothing.
+void PrintText(CCamRequester& rReq, const char* pcText);
+
 // Adds one call to riCount; true on every iPeriod-th call, which also resets
 // it. A count set to iPeriod or more makes the next call true.
 bool CountTick(int32_t& riCount, int iPeriod);

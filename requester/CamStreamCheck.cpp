@@ -52,7 +52,7 @@ int KeepStreamStart(CCamRequester& rReq, CamRequesterFields& rF) {
 
 int CheckStreamStart(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                      unsigned short usCameraType, int iCmdType) {
-  if (rP.pcStreamCheckStart != nullptr) rReq.CamReqCOM_printf("%s", rP.pcStreamCheckStart);
+  PrintText(rReq, rP.pcStreamCheckStart);
   CCamRequesterNotify* pUpper = UpperLayer(rF);
   if (pUpper == nullptr) {
     rReq.CamReqCOM_printf("CheckStreamStart [ERROR] param error [NULL]\n");
@@ -65,7 +65,7 @@ int CheckStreamStart(CCamRequester& rReq, CamRequesterFields& rF, const SessionP
   }
   if (eKind == StreamCheckKind::kAudio && bRecorder) {
     // A recorder's audio is not checked.
-    if (rP.pcRecorderAudioCheck != nullptr) rReq.CamReqCOM_printf("%s", rP.pcRecorderAudioCheck);
+    PrintText(rReq, rP.pcRecorderAudioCheck);
     if (usCameraType == CAM_REQUESTER_CAMTYPE_KE850 ||
         usCameraType == CAM_REQUESTER_CAMTYPE_KEL36) {
       rReq.CamReqCOM_printf("CheckStreamStart [DEBUG] CAM_REQUESTER_CAMTYPE_KE850\n");

@@ -28,10 +28,6 @@ bool UserSet(const CamRequesterFields& rF) {
   return rF.cUserName[0] != '\0';
 }
 
-void PrintText(CCamRequester& rReq, const char* pcText) {
-  if (pcText != nullptr) rReq.CamReqCOM_printf("%s", pcText);
-}
-
 void PrintOpenFailed(const Exchange& rX) {
   if (rX.rSpec.eOpenFailLine == OpenFailLine::kWireSetup) {
     rX.rReq.CamReqCOM_printf("%s [Error] %s::SetupSessionCommand failed\n", rX.rSpec.pcName,
