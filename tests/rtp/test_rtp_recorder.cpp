@@ -357,5 +357,104 @@ INSTANTIATE_TEST_SUITE_P(Kel34, PlayBackRoad,
                                   (rInfo.param.iCmdType == 3 ? "Mpeg4Play" : "H264Play");
                          });
 
+// ---- a recorder stream whose owner hands the UID over, and recorder audio ------
+
+class RecorderGroup : public RoadTest, public ::testing::WithParamInterface<const char*> {
+ protected:
+  StreamSetup Setup(int iPos) const {
+    StreamSetup s;
+    s.usCameraType = 34;
+    s.sCamName = "KE850";
+    s.sUser = "operator";
+    s.sPassword = "s3cret!";
+    s.iPos = iPos;
+    s.iRtpPort = 5500 + iPos;
+    return s;
+  }
+  // The first stream logs in; its UID is what the owner hands on.
+  Stream& First() {
+    StartCamera(CameraConfig(GetParam(), 34));
+    Stream& a = AddStream(Setup(1));
+    StartToRun(a);
+    return a;
+  }
+};
+
+TEST_P(RecorderGroup, ControlledStreamWaitsForTheUidFromOutside) {
+  Stream& a = First();
+  Stream& b = AddStream(Setup(2));
+  const int32_t iOn = 1;
+  ASSERT_EQ(b.r().SetParameter(CAM_PARAM_CTRLFLAG_KEL, &iOn, sizeof(iOn)), 0);
+  int32_t iFlag = 0;
+  ASSERT_EQ(b.r().GetInfo(CAM_INFO_CTRLFLAG_KEL, &iFlag), 0);
+  EXPECT_EQ(iFlag, 1);
+
+  b.r().RequestStart();
+  ASSERT_TRUE(m_capture.WaitFor(b.Line("SetupSessionCommandExec [DEBUG] Wait set KEL UID\n")))
+      << Tail();
+  // The owner decides: no failed set-up, no error count, nothing sent.
+  ASSERT_TRUE(m_capture.WaitFor(b.Line("StreamStartCommand [DEBUG] NOP iConnectStatus=")))
+      << Tail();
+  EXPECT_EQ(m_capture.Count(b.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n")), 0);
+  EXPECT_FALSE(m_capture.Contains(b.Line("[CCamR::ConnectError]")));
+  EXPECT_EQ(CountRequests("GET /cgi-bin/start.cgi"), 1);
+  EXPECT_TRUE(b.pNotify->RtpNotices().empty());
+
+  // The owner hands over the UID of the group's login.
+  CAM_KEL_INFO sInfo{};
+  snprintf(sInfo.cIpAddr, sizeof(sInfo.cIpAddr), "%s", GetParam());
+  sInfo.iHttpPort = Camera().Port();
+  sInfo.usCameraType = 34;
+  snprintf(sInfo.CamName, sizeof(sInfo.CamName), "%s", "KE850");
+  ASSERT_EQ(a.r().GetInfo(CAM_INFO_KELINFO, &sInfo), 0);
+  ASSERT_EQ(sInfo.iUid, 41);
+  sInfo.iRtpPort = 5502;
+  ASSERT_EQ(b.r().SetParameter(CAM_PARAM_KELINFO, &sInfo, sizeof(sInfo)), 0);
+  b.r().RequestStart();
+  ASSERT_TRUE(WaitStatus(b, CAM_HTTP_STS_RUN)) << Tail();
+  ASSERT_TRUE(WaitForRequest("GET /cgi-bin/push.cgi?CMD=START&CAM=0&UID=41&PORT=5502&COMP=H264"))
+      << Tail();
+  // No login of its own; the completed set-up clears the flag.
+  EXPECT_EQ(CountRequests("GET /cgi-bin/start.cgi"), 1);
+  EXPECT_EQ(CountRequests("GET /cgi-bin/ulogin.cgi"), 1);
+  ASSERT_EQ(b.r().GetInfo(CAM_INFO_CTRLFLAG_KEL, &iFlag), 0);
+  EXPECT_EQ(iFlag, 0);
+  const std::vector<camtest::RtpNotice> asNotices = b.pNotify->RtpNotices();
+  ASSERT_FALSE(asNotices.empty());
+  EXPECT_EQ(asNotices.back().iUid, 41);
+  EXPECT_EQ(asNotices.back().iPos, 2);
+  EXPECT_FALSE(asNotices.back().bSessionInfo);  // no exchange, no session block
+}
+
+TEST_P(RecorderGroup, AudioOnTheGroupUidIsPushedAndNotChecked) {
+  First();
+  StreamSetup sAudio = Setup(3);
+  sAudio.iCmdType = CAM_REQUESTER_CMD_G726_RTP;
+  sAudio.iUid = 41;
+  Stream& c = AddStream(sAudio);
+  StartToRun(c);
+  // Two stream checks pass: recorder audio is only named, never asked about.
+  ASSERT_TRUE(m_capture.WaitForCount(
+      c.Line("CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_RTP\n"), 2, kLimit))
+      << Tail();
+  EXPECT_GE(m_capture.Count(c.Line("CheckStreamStart [DEBUG] CAM_REQUESTER_CAMTYPE_KE850\n")), 1);
+  EXPECT_TRUE(c.pNotify->StateQueries().empty());
+  StopToIdle(c);
+  ExpectInOrder(RequestLines(),
+                {"GET /cgi-bin/push.cgi?CMD=START&CAM=0&UID=41&PORT=5503&COMP=AUDIO HTTP/1.0",
+                 "GET /cgi-bin/status.cgi?UID=41&HTML=as_status.html HTTP/1.0",
+                 "GET /cgi-bin/push.cgi?CMD=STOP&CAM=0&UID=41&PORT=5503&COMP=AUDIO HTTP/1.0",
+                 "GET /cgi-bin/logout.cgi?UID=41 HTTP/1.0"});
+  ExpectLines({c.Line("ChangeStatus [DEBUG] Audio Event=0:0 -> 3. \n"),
+               c.Line("ChangeStatus [DEBUG] Audio Event=4:3 -> 4. \n"),
+               c.Line("ChangeStatus [DEBUG] Audio Event=1:4 -> 5. \n"),
+               c.Line("ChangeStatus [DEBUG] Audio Event=8:5 -> 0. \n")});
+}
+
+INSTANTIATE_TEST_SUITE_P(Kel34, RecorderGroup, ::testing::Values("127.0.0.1", "::1"),
+                         [](const ::testing::TestParamInfo<const char*>& rInfo) {
+                           return std::string(rInfo.param[0] == ':' ? "V6" : "V4");
+                         });
+
 }  // namespace
 }  // namespace rtptest
