@@ -282,6 +282,59 @@ TEST_P(SecondStream, KeepAliveOffSendsNoKeepAlive) {
   }
 }
 
+// A second start after a stop keeps the UID: no new UID request, the upper
+// layer is told again, and delivery starts on the same UID.
+TEST_P(SecondStream, StartAfterStopReusesTheUid) {
+  StartCamera(CameraConfig(GetParam(), 7));
+  Stream& s = AddStream(StreamSetup());
+  StartToRun(s);
+  StopToIdle(s);
+  StartToRun(s);
+  StopToIdle(s);
+  EXPECT_EQ(CountRequests("GET /cgi-bin/getuid"), 1);
+  EXPECT_EQ(CountRequests("GET /cgi-bin/h264?connect=start&protocol=rtp&my_port=5004&UID=41&"), 2);
+  EXPECT_EQ(CountRequests("GET /cgi-bin/h264?connect=stop&protocol=rtp&my_port=5004&UID=41&"), 2);
+  const std::vector<camtest::RtpNotice> asNotices = s.pNotify->RtpNotices();
+  ASSERT_EQ(asNotices.size(), 2u);
+  EXPECT_EQ(asNotices[1].iUid, 41);
+  EXPECT_FALSE(asNotices[1].bSessionInfo);  // no exchange this time
+  EXPECT_EQ(asNotices[1].iRtpPort, 5004);
+  EXPECT_EQ(asNotices[1].sMultiAddr, "239.10.20.30");
+}
+
+// A camera that asks for credentials: every exchange answers its challenge;
+// a wrong password fails the set-up with the camera's 401.
+TEST_P(SecondStream, DigestCameraWithRightAndWrongPassword) {
+  camsim::DeviceConfig sConfig = CameraConfig(GetParam(), 7);
+  sConfig.auth = camsim::AuthMode::kDigestSha256;
+  StartCamera(sConfig);
+  StreamSetup sSetup;
+  sSetup.sUser = "operator";
+  sSetup.sPassword = "s3cret!";
+  Stream& s = AddStream(sSetup);
+  StartToRun(s);
+  StopToIdle(s);
+  // Each request goes once without and once with the answer to the challenge.
+  const std::vector<camsim::RequestRecord> asRecords = Camera().Requests();
+  ASSERT_EQ(asRecords.size(), 8u);
+  for (size_t i = 0; i < asRecords.size(); i += 2) {
+    EXPECT_EQ(asRecords[i].status, 401) << asRecords[i].requestLine;
+    EXPECT_EQ(asRecords[i + 1].status, 200) << asRecords[i + 1].requestLine;
+    EXPECT_EQ(asRecords[i + 1].Header("Authorization").rfind("Digest ", 0), 0u);
+  }
+
+  sSetup.sPassword = "s3cret?";
+  sSetup.iPos = 2;
+  Stream& w = AddStream(sSetup);
+  w.r().RequestStart();
+  ASSERT_TRUE(m_capture.WaitFor(w.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n"))) << Tail();
+  ExpectLines({w.Line("DoRequest [Error] ret =8000401\n"),
+               w.Line("DoRequest [Error] http_get_response failed2:ret =8000401\n"),
+               w.Line("UidInvalid [DEBUG] H.264:\n"),
+               w.Line("SetupSessionCommandExec [Error] DoRequest failed\n"),
+               w.Line("ChangeStatus [DEBUG] Video Event=3:2 -> 1. \n")});
+}
+
 INSTANTIATE_TEST_SUITE_P(Camera7, SecondStream, ::testing::Values("127.0.0.1", "::1"),
                          [](const ::testing::TestParamInfo<const char*>& rInfo) {
                            return std::string(rInfo.param[0] == ':' ? "V6" : "V4");
