@@ -5,6 +5,7 @@
 #include "CCamRequester.h"
 #include "CamCgiTables.h"
 #include "CamClock.h"
+#include "CamHeldFormat.h"
 #include "CamKelCrypt.h"
 #include "CamRequesterFields.h"
 #include "CamTypes.h"
@@ -103,7 +104,7 @@ int BuildCamPreset(CCamRequester& rRequester, const CamRequesterFields& sFields,
     case PresetForm::kNone:
       break;
   }
-  rRequester.CamReqCOM_printf(sPolicy.pcRefusal, sFields.usCameraType);
+  camfmt::PrintHeld(rRequester, sPolicy.pcRefusal, sFields.usCameraType);
   return -1;
 }
 
@@ -136,7 +137,7 @@ int BuildKelLogOut(CCamRequester& rRequester, const CamRequesterFields& sFields,
                    const char* pcWrongType) {
   pcDst[0] = '\0';
   if (!IsKelRecorder(sFields.usCameraType)) {
-    rRequester.CamReqCOM_printf(pcWrongType, sFields.usCameraType);
+    camfmt::PrintHeld(rRequester, pcWrongType, sFields.usCameraType);
     return -1;
   }
   Slot sPath, sUid;

@@ -5,6 +5,7 @@
 #include "CamCgiTables.h"
 #include "CamClock.h"
 #include "CamConstants.h"
+#include "CamHeldFormat.h"
 #include "CamRequesterFields.h"
 
 namespace cgi {
@@ -112,7 +113,7 @@ int VideoDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields
                     int iStartStop, const VideoBuilder& sBuilder) {
   pcDst[0] = '\0';
   if (iStartStop > 1) {
-    rRequester.CamReqCOM_printf(sBuilder.pcStartStopError, iStartStop);
+    camfmt::PrintHeld(rRequester, sBuilder.pcStartStopError, iStartStop);
     return -1;
   }
   switch (RtpRow(sFields.usCameraType).video) {
@@ -126,7 +127,7 @@ int VideoDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields
     case VideoForm::kNone:
       break;
   }
-  rRequester.CamReqCOM_printf(sBuilder.pcTypeError, sFields.usCameraType);
+  camfmt::PrintHeld(rRequester, sBuilder.pcTypeError, sFields.usCameraType);
   return -1;
 }
 

@@ -122,6 +122,6 @@ int Http::UidInvalid() {
   return camses::ForgetUid(*this, *this, kHttpPolicy);
 }
 
-int Http::CheckStreamStart(unsigned short usCameraType, int iCmdType) {
-  return camses::CheckStreamStart(*this, *this, kHttpPolicy, usCameraType, iCmdType);
+int Http::CheckStreamStart(unsigned short usCamType, int iType) {
+  return camses::CheckStreamStart(*this, *this, kHttpPolicy, usCamType, iType);
 }

@@ -5,6 +5,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "CamHeldFormat.h"
 #include "CamTypes.h"
 
 namespace campar {
@@ -114,11 +115,11 @@ int SetBoundedIndex(CCamRequester& requester, uint16_t& usField, const BoundedIn
   if (RefuseNull(requester, pParam, bounds.pcNullMessage)) return -1;
   usField = ReadUint16(pParam);
   if (usField > bounds.usHighest) {
-    requester.CamReqCOM_printf(bounds.pcInvalidFormat, usField);
+    camfmt::PrintHeld(requester, bounds.pcInvalidFormat, usField);
     usField = 0;
     return -1;
   }
-  requester.CamReqCOM_printf(bounds.pcStoredFormat, usField);
+  camfmt::PrintHeld(requester, bounds.pcStoredFormat, usField);
   return 0;
 }
 
@@ -260,7 +261,8 @@ int SetCmdType(CCamRequester& requester, CamRequesterFields& fields, const CamPa
       traits.uTypeWordCell < kTypeWordLimit ? traits.uTypeWordCell : kTypeWordLimit - 1;
   memcpy(acWord, traits.pcTypeWords + static_cast<size_t>(fields.iCmdType) * traits.uTypeWordCell,
          uCell);
-  snprintf(fields.cPrintPrefix, sizeof(fields.cPrintPrefix), traits.pcPrefixFormat, acWord);
+  camfmt::FormatHeld(fields.cPrintPrefix, sizeof(fields.cPrintPrefix), traits.pcPrefixFormat,
+                     acWord);
   return 0;
 }
 
@@ -466,16 +468,17 @@ int GetKelInfo(CCamRequester& requester, CamRequesterFields& fields, const CamPa
   if (RefuseNull(requester, pParam, words.pcNullRecord)) return -1;
   auto& sInfo = *static_cast<CAM_KEL_INFO*>(pParam);
   if (!TextMatches(sInfo.cIpAddr, fields.cIpAddr)) {
-    requester.CamReqCOM_printf(words.pcIpUnmatch, ParamText(sInfo.cIpAddr).acText, fields.cIpAddr);
+    camfmt::PrintHeld(requester, words.pcIpUnmatch, ParamText(sInfo.cIpAddr).acText,
+                      fields.cIpAddr);
     return -1;
   }
   if (sInfo.iHttpPort != fields.iHttpPort) {
-    requester.CamReqCOM_printf(words.pcPortUnmatch, sInfo.iHttpPort, fields.iHttpPort);
+    camfmt::PrintHeld(requester, words.pcPortUnmatch, sInfo.iHttpPort, fields.iHttpPort);
     return -1;
   }
   if (sInfo.usCameraType != fields.usCameraType) {
-    requester.CamReqCOM_printf(words.pcModelUnmatch, ParamText(sInfo.CamName).acText,
-                               sInfo.usCameraType, fields.CamName, fields.usCameraType);
+    camfmt::PrintHeld(requester, words.pcModelUnmatch, ParamText(sInfo.CamName).acText,
+                      sInfo.usCameraType, fields.CamName, fields.usCameraType);
     return -1;
   }
   CopyKelSessionOut(fields, sInfo);

@@ -7,6 +7,7 @@
 
 #include "CCamRequester.h"
 #include "CamConstants.h"
+#include "CamHeldFormat.h"
 #include "CamScoped.h"
 #include "kxcom.h"
 
@@ -171,7 +172,7 @@ void CCamRequester::DispatchMessage(int iCode) {
   const Dispatch& sEntry = kDispatchTable[iCode];
   COM_SPLIT_TIME sRec = {0, 0};
   if (sEntry.iSplitId != 0) COM_SplitTime_Start(sEntry.iSplitId, &sRec);
-  COM_printf(sEntry.pcLine, iChildThreadIndex.load());
+  camfmt::ComPrintHeld(sEntry.pcLine, iChildThreadIndex.load());
 
   switch (sEntry.eWanted) {
     case Wanted::kLiveOn:

@@ -175,8 +175,8 @@ TEST_P(FaultRoadTest, EndsInTheSpecifiedStatusWithItsLine) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryFault, FaultRoadTest, ::testing::ValuesIn(kRows),
-                         [](const ::testing::TestParamInfo<FaultRow>& info) {
-                           return std::string(info.param.pcName);
+                         [](const ::testing::TestParamInfo<FaultRow>& row) {
+                           return std::string(row.param.pcName);
                          });
 
 }  // namespace

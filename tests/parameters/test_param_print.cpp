@@ -42,13 +42,13 @@ TYPED_TEST(Print, PositionIsNotCutByItsPrecision) {
 TYPED_TEST(Print, TypeWordIsRightAlignedAndCutToSix) {
   const std::vector<std::string> words = TypeParam::Words();
   for (int iType = 0; iType <= TypeParam::kHighestCmdType; ++iType) {
-    typename TestFixture::Requester obj;
-    obj.SetParameter(CAM_PARAM_CMDTYPE, &iType, 4);
+    typename TestFixture::Requester fresh;
+    fresh.SetParameter(CAM_PARAM_CMDTYPE, &iType, 4);
     std::string sPrefix = TypeParam::PrefixOf(words[static_cast<size_t>(iType)]);
     sPrefix =
         sPrefix.size() > 6 ? sPrefix.substr(0, 6) : std::string(6 - sPrefix.size(), ' ') + sPrefix;
     this->capture.Clear();
-    obj.CamReqCOM_printf("x\n");
+    fresh.CamReqCOM_printf("x\n");
     EXPECT_EQ((Lines{sPrefix + " x\n"}), this->Printed()) << iType;
   }
 }

@@ -72,15 +72,15 @@ TYPED_TEST(Setters, HttpPortIsStored) {
 TYPED_TEST(Setters, EveryValidCommandTypeSetsItsPrintPrefix) {
   const std::vector<std::string> words = TypeParam::Words();
   for (int iType = 0; iType <= TypeParam::kHighestCmdType; ++iType) {
-    typename TestFixture::Requester obj;
-    State expected = Capture(obj);
+    typename TestFixture::Requester fresh;
+    State expected = Capture(fresh);
     this->capture.Clear();
-    EXPECT_EQ(0, obj.SetParameter(CAM_PARAM_CMDTYPE, &iType, 4)) << iType;
+    EXPECT_EQ(0, fresh.SetParameter(CAM_PARAM_CMDTYPE, &iType, 4)) << iType;
     expected["iCmdType"] = std::to_string(iType);
     expected["cPrintPrefix"] = TypeParam::PrefixOf(words[static_cast<size_t>(iType)]);
     // Only the audio type marks the requester as audio.
     if (iType == 1) expected["bAudio"] = "1";
-    EXPECT_EQ(expected, Capture(obj)) << iType;
+    EXPECT_EQ(expected, Capture(fresh)) << iType;
     EXPECT_EQ((Lines{this->In(3)}), this->Printed());
   }
 }
@@ -298,22 +298,22 @@ int HighestPreset(int iType) {
 
 TYPED_TEST(Setters, PresetRangeFollowsTheCameraType) {
   for (int iType = 0; iType <= 37; ++iType) {
-    typename TestFixture::Requester obj;
-    obj.usCameraType = static_cast<uint16_t>(iType);
+    typename TestFixture::Requester fresh;
+    fresh.usCameraType = static_cast<uint16_t>(iType);
     const int iHighest = HighestPreset(iType);
     const uint16_t usTry = static_cast<uint16_t>(iHighest < 0 ? 10 : iHighest);
     this->capture.Clear();
-    EXPECT_EQ(0, obj.SetParameterPreset(&usTry)) << iType;
+    EXPECT_EQ(0, fresh.SetParameterPreset(&usTry)) << iType;
     const int iStored = iHighest < 0 ? 0 : iHighest;
-    EXPECT_EQ(iStored, obj.usPresetNo) << iType;
+    EXPECT_EQ(iStored, fresh.usPresetNo) << iType;
     EXPECT_EQ((Lines{"SetParameterPreset [DEBUG] usPresetNo=" + std::to_string(iStored) + " \n"}),
               this->Printed())
         << iType;
     if (iHighest < 0) continue;
     const uint16_t usAbove = static_cast<uint16_t>(iHighest + 1);
     this->capture.Clear();
-    EXPECT_EQ(-1, obj.SetParameterPreset(&usAbove)) << iType;
-    EXPECT_EQ(0, obj.usPresetNo) << iType;
+    EXPECT_EQ(-1, fresh.SetParameterPreset(&usAbove)) << iType;
+    EXPECT_EQ(0, fresh.usPresetNo) << iType;
     EXPECT_EQ(
         (Lines{"SetParameterPreset [ERROR] pParam invalid=" + std::to_string(iHighest + 1) + "\n"}),
         this->Printed())
@@ -412,24 +412,24 @@ TYPED_TEST(Setters, KelInfoOfARecorderCopiesTheSessionData) {
 
 TYPED_TEST(Setters, KelInfoOnACameraIsRefusedWithoutAWord) {
   for (uint16_t usType : {0, 30, 37}) {
-    typename TestFixture::Requester obj;
-    obj.usCameraType = usType;
-    const State before = Capture(obj);
+    typename TestFixture::Requester fresh;
+    fresh.usCameraType = usType;
+    const State before = Capture(fresh);
     const CAM_KEL_INFO sInfo = SampleKelInfo();
     this->capture.Clear();
-    EXPECT_EQ(-1, obj.SetParameterKelInfo(&sInfo)) << usType;
+    EXPECT_EQ(-1, fresh.SetParameterKelInfo(&sInfo)) << usType;
     EXPECT_TRUE(this->Printed().empty()) << usType;
-    EXPECT_EQ(before, Capture(obj)) << usType;
+    EXPECT_EQ(before, Capture(fresh)) << usType;
   }
 }
 
 TYPED_TEST(Setters, KelInfoAcceptsEveryRecorderType) {
   for (uint16_t usType = 31; usType <= 36; ++usType) {
-    typename TestFixture::Requester obj;
-    obj.usCameraType = usType;
+    typename TestFixture::Requester fresh;
+    fresh.usCameraType = usType;
     const CAM_KEL_INFO sInfo = SampleKelInfo();
-    EXPECT_EQ(0, obj.SetParameterKelInfo(&sInfo)) << usType;
-    EXPECT_EQ(4711, obj.iUid.load());
+    EXPECT_EQ(0, fresh.SetParameterKelInfo(&sInfo)) << usType;
+    EXPECT_EQ(4711, fresh.iUid.load());
   }
 }
 
