@@ -205,6 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Camera, Preset, ::testing::Values("127.0.0.1", "::1"),
 // ---- I-frame interval ------------------------------------------------------------
 
 struct Iframe {
+  const char* pcAddress;
   uint16_t usType;
   int iCmdType;
   uint8_t ucStream;
@@ -214,7 +215,7 @@ struct Iframe {
 class IframeInterval : public RoadTest, public ::testing::WithParamInterface<Iframe> {};
 
 TEST_P(IframeInterval, SentOnlyWhereTheCameraTakesIt) {
-  StartCamera(CameraConfig("127.0.0.1", GetParam().usType));
+  StartCamera(CameraConfig(GetParam().pcAddress, GetParam().usType));
   StreamSetup sSetup;
   sSetup.usCameraType = GetParam().usType;
   sSetup.sCamName = "CAM";
@@ -248,19 +249,28 @@ TEST_P(IframeInterval, SentOnlyWhereTheCameraTakesIt) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Camera, IframeInterval,
-    ::testing::Values(
-        Iframe{9, CAM_REQUESTER_CMD_H264_RTP, 1, "/cgi-bin/h264_I_interval?stream=1"},
-        Iframe{30, CAM_REQUESTER_CMD_H264_RTP, 2, "/cgi-bin/h264_I_interval?stream=2"},
-        Iframe{7, CAM_REQUESTER_CMD_MPEG4_RTP, 1, "/cgi-bin/mpeg4_I_interval"},
-        Iframe{7, CAM_REQUESTER_CMD_MPEG4_RTP, 2, "/cgi-bin/mpeg4_I_interval?stream=2"},
-        Iframe{7, CAM_REQUESTER_CMD_H264_RTP, 1, nullptr}),
-    [](const ::testing::TestParamInfo<Iframe>& rInfo) {
-      return "Type" + std::to_string(rInfo.param.usType) +
-             (rInfo.param.iCmdType == 0 ? "_H264" : "_Mpeg4") + "_Stream" +
-             std::to_string(rInfo.param.ucStream);
-    });
+std::vector<Iframe> IframeRows() {
+  std::vector<Iframe> asOut;
+  for (const char* pcAddress : {"127.0.0.1", "::1"}) {
+    asOut.push_back(
+        {pcAddress, 9, CAM_REQUESTER_CMD_H264_RTP, 1, "/cgi-bin/h264_I_interval?stream=1"});
+    asOut.push_back(
+        {pcAddress, 30, CAM_REQUESTER_CMD_H264_RTP, 2, "/cgi-bin/h264_I_interval?stream=2"});
+    asOut.push_back({pcAddress, 7, CAM_REQUESTER_CMD_MPEG4_RTP, 1, "/cgi-bin/mpeg4_I_interval"});
+    asOut.push_back(
+        {pcAddress, 7, CAM_REQUESTER_CMD_MPEG4_RTP, 2, "/cgi-bin/mpeg4_I_interval?stream=2"});
+    asOut.push_back({pcAddress, 7, CAM_REQUESTER_CMD_H264_RTP, 1, nullptr});
+  }
+  return asOut;
+}
+
+INSTANTIATE_TEST_SUITE_P(Camera, IframeInterval, ::testing::ValuesIn(IframeRows()),
+                         [](const ::testing::TestParamInfo<Iframe>& rInfo) {
+                           return std::string(rInfo.param.pcAddress[0] == ':' ? "V6_" : "V4_") +
+                                  "Type" + std::to_string(rInfo.param.usType) +
+                                  (rInfo.param.iCmdType == 0 ? "_H264" : "_Mpeg4") + "_Stream" +
+                                  std::to_string(rInfo.param.ucStream);
+                         });
 
 }  // namespace
 }  // namespace rtptest
