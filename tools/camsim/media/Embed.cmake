@@ -1,0 +1,23 @@
+# Turns the media files into a C++ source of byte arrays, so that the camsim
+# library carries its clips and finds them wherever it runs.
+# cmake -DOUTPUT=file.cpp -DINPUTS="name=path|name=path" -P Embed.cmake
+string(REPLACE "|" ";" inputs "${INPUTS}")
+set(text "// Made by Embed.cmake from tools/camsim/media; do not edit.\n")
+string(APPEND text "#include <cstddef>\n\nnamespace camsim {\n")
+foreach(input IN LISTS inputs)
+  string(REGEX MATCH "^([A-Za-z0-9]+)=(.*)$" ignored "${input}")
+  set(name "${CMAKE_MATCH_1}")
+  set(path "${CMAKE_MATCH_2}")
+  file(READ "${path}" hex HEX)
+  string(LENGTH "${hex}" digits)
+  math(EXPR size "${digits} / 2")
+  string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${hex}")
+  string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],){16})" "\\1\n" bytes "${bytes}")
+  string(APPEND text "extern const unsigned char k${name}[];\n")
+  string(APPEND text "extern const size_t k${name}Size;\n")
+  string(APPEND text "const unsigned char k${name}[] = {\n${bytes}};\n")
+  string(APPEND text "const size_t k${name}Size = ${size};\n")
+endforeach()
+string(APPEND text "}  // namespace camsim\n")
+file(WRITE "${OUTPUT}.new" "${text}")
+file(RENAME "${OUTPUT}.new" "${OUTPUT}")
