@@ -29,6 +29,12 @@ std::unique_ptr<Device> Device::Start(const DeviceConfig& config, std::string* e
     *error = std::string("eventfd: ") + std::strerror(errno);
     return nullptr;
   }
+  Device* self = device.get();
+  device->rtp_ = std::make_unique<RtpSender>(config.address, [self](int uid) {
+    std::lock_guard<std::mutex> lock(self->mutex_);
+    self->sessions_.ExpireStale();
+    return self->sessions_.Known(uid);
+  });
   // Bind even when starting refused, so that the port is known and kept.
   if (!device->Listen(error)) return nullptr;
   if (config.startRefusing) device->RefuseConnections();
@@ -158,6 +164,7 @@ void Device::Stop() {
     }
   }
   Reap(true);
+  if (rtp_) rtp_->Stop();
 }
 
 void Device::SetFault(const std::string& path, const Fault& fault) {
@@ -282,6 +289,45 @@ bool Device::WaitForRequests(size_t count, std::chrono::milliseconds timeout) co
 void Device::SetObserver(std::function<void(const RequestRecord&)> observer) {
   std::lock_guard<std::mutex> lock(mutex_);
   observer_ = std::move(observer);
+}
+
+std::vector<RtpStreamInfo> Device::RtpStreams() const {
+  return rtp_->Streams();
+}
+
+std::map<std::string, uint64_t> Device::RtpPacketsByDestination() const {
+  return rtp_->PacketsByDestination();
+}
+
+uint64_t Device::RtpPacketsTo(const std::string& destination) const {
+  auto packets = rtp_->PacketsByDestination();
+  auto found = packets.find(destination);
+  return found == packets.end() ? 0 : found->second;
+}
+
+uint64_t Device::RtpPacketsSent() const {
+  return rtp_->PacketsSent();
+}
+
+bool Device::WaitForRtpPackets(const std::string& destination, uint64_t count,
+                               std::chrono::milliseconds timeout) const {
+  return rtp_->WaitForPackets(destination, count, timeout);
+}
+
+size_t Device::StallRtp(int uid) {
+  return rtp_->Stall(uid);
+}
+
+size_t Device::ResumeRtp(int uid) {
+  return rtp_->Resume(uid);
+}
+
+size_t Device::EndRtp(int uid) {
+  return rtp_->End(uid);
+}
+
+void Device::SetRtpObserver(std::function<void(const std::string& event)> observer) {
+  rtp_->SetObserver(std::move(observer));
 }
 
 size_t Device::OpenConnections() const {

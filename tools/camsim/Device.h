@@ -27,6 +27,7 @@
 #include "Fault.h"
 #include "HttpRequest.h"
 #include "Record.h"
+#include "RtpSender.h"
 #include "Sessions.h"
 
 namespace camsim {
@@ -103,6 +104,29 @@ class Device {
   // Called on the connection's thread for every request, after recording it.
   void SetObserver(std::function<void(const RequestRecord&)> observer);
 
+  // RTP: every start line of the RTP road that the device accepts (camera
+  // h264, mpeg4 and audio with protocol=rtp; recorder push.cgi with PORT=)
+  // starts a stream, which runs until its stop line or the end of its UID.
+  // The streams running now (stalled ones too):
+  std::vector<RtpStreamInfo> RtpStreams() const;
+  // Packets sent to each destination ("127.0.0.1:5000", "[::1]:5000",
+  // "239.1.2.4:5000") since the start, also by streams that ended.
+  std::map<std::string, uint64_t> RtpPacketsByDestination() const;
+  uint64_t RtpPacketsTo(const std::string& destination) const;
+  uint64_t RtpPacketsSent() const;
+  bool WaitForRtpPackets(const std::string& destination, uint64_t count,
+                         std::chrono::milliseconds timeout) const;
+  // The streams of uid (kEveryUid: all) stall: nothing more is sent while
+  // HTTP answers as before. They resume, at a key frame, on ResumeRtp, on
+  // a new start line for the stream, or by the fault's rtp-resume time.
+  // EndRtp ends them for good, as when a recorder's push ends. Each returns
+  // how many streams it changed.
+  size_t StallRtp(int uid = kEveryUid);
+  size_t ResumeRtp(int uid = kEveryUid);
+  size_t EndRtp(int uid = kEveryUid);
+  // Told of every RTP stream that starts, stalls, resumes, stops or ends.
+  void SetRtpObserver(std::function<void(const std::string& event)> observer);
+
   size_t OpenConnections() const;
   bool WaitForOpenConnections(size_t count, std::chrono::milliseconds timeout) const;
   uint64_t PicturesSent() const { return picturesSent_.load(); }
@@ -146,6 +170,8 @@ class Device {
   void ServePush(int fd, const HttpRequest& request, const Reply& reply, const Fault& fault);
   void ServeAudio(int fd, const HttpRequest& request, const Fault& fault);
   void HoldOpen(int fd);
+  // Starts or stops the stream an accepted RTP line asks for.
+  void OrderRtp(int fd, const RtpOrder& order, const Fault& fault);
 
   const int model_;
   const std::string address_;
@@ -173,6 +199,9 @@ class Device {
   mutable std::mutex listenMutex_;  // guards the listener and its thread
   int listenFd_ = -1;
   std::thread acceptThread_;
+
+  // Set once in Start, stopped by Stop; uses sessions_ through mutex_.
+  std::unique_ptr<RtpSender> rtp_;
 
   mutable std::mutex slotsMutex_;
   mutable std::condition_variable slotsChanged_;

@@ -181,8 +181,28 @@ Reply CameraKeepAlive(DeviceState& state, const std::string& query) {
   return Ok();
 }
 
+// The number a key holds, 0 when it is absent (callers checked its form).
+int NumberOf(const std::string& query, const char* key) {
+  int number = 0;
+  return ReadInt(QueryValue(query, key), &number) ? number : 0;
+}
+
+// The stream that a camera's start or stop line names.
+RtpOrder CameraRtpOrder(const std::string& query, int uid, const char* kind, MediaCodec codec) {
+  RtpOrder order;
+  order.action = QueryValue(query, "connect") == "start" ? RtpAction::kStart : RtpAction::kStop;
+  order.key.uid = uid;
+  order.key.kind = kind;
+  order.key.channel = NumberOf(query, "ch");
+  order.key.stream = NumberOf(query, "stream");
+  order.codec = codec;
+  order.port = NumberOf(query, "my_port");
+  return order;
+}
+
 // h264 and mpeg4 over RTP.
-Reply CameraVideo(DeviceState& state, const std::string& query) {
+Reply CameraVideo(DeviceState& state, const std::string& query, const char* kind,
+                  MediaCodec codec) {
   if (!OneOf(QueryValue(query, "connect"), {"start", "stop"}) ||
       QueryValue(query, "protocol") != "rtp" || !NumberGiven(query, "my_port") ||
       !NumberOrAbsent(query, "ch")) {
@@ -190,7 +210,17 @@ Reply CameraVideo(DeviceState& state, const std::string& query) {
   }
   int uid = 0;
   if (!KnownUid(state, query, &uid)) return UnknownUid();
-  return Ok();
+  Reply reply = Ok();
+  reply.rtp = CameraRtpOrder(query, uid, kind, codec);
+  return reply;
+}
+
+Reply CameraH264(DeviceState& state, const std::string& query) {
+  return CameraVideo(state, query, "h264", MediaCodec::kH264);
+}
+
+Reply CameraMpeg4(DeviceState& state, const std::string& query) {
+  return CameraVideo(state, query, "mpeg4", MediaCodec::kMpeg4);
 }
 
 // audio over RTP answers at once; over HTTP a start streams.
@@ -204,7 +234,9 @@ Reply CameraAudio(DeviceState& state, const std::string& query) {
   int uid = 0;
   if (!KnownUid(state, query, &uid)) return UnknownUid();
   if (connect == "start" && protocol == "http") return AudioStream();
-  return Ok();
+  Reply reply = Ok();
+  if (protocol == "rtp") reply.rtp = CameraRtpOrder(query, uid, "audio", MediaCodec::kG726);
+  return reply;
 }
 
 Reply CameraMpeg4Interval(DeviceState&, const std::string& query) {
@@ -316,21 +348,45 @@ bool PushFormOfAnotherType(const DeviceState& state, const std::string& query) {
   return Has(state, kH264Res) ? QueryValue(query, "RES") != "1" : Present(query, "RES");
 }
 
+// The stream that a recorder's push line over RTP names.
+RtpOrder RecorderRtpOrder(const std::string& query, int uid) {
+  std::string compression = QueryValue(query, "COMP");
+  RtpOrder order;
+  order.action = QueryValue(query, "CMD") == "START" ? RtpAction::kStart : RtpAction::kStop;
+  order.key.uid = uid;
+  order.key.kind = compression;
+  order.key.channel = NumberOf(query, "CAM");
+  order.codec = compression == "H264"    ? MediaCodec::kH264
+                : compression == "MPEG4" ? MediaCodec::kMpeg4
+                                         : MediaCodec::kG726;
+  order.port = NumberOf(query, "PORT");
+  order.recorder = true;
+  return order;
+}
+
 Reply RecorderPush(DeviceState& state, const std::string& query) {
   if (BadPushForm(query)) return BadParam();
   if (PushFormOfAnotherType(state, query)) return NotServed();
   int uid = 0;
   if (!KnownUid(state, query, &uid)) return UnknownUid();
-  if (QueryValue(query, "CMD") == "STOP") return Ok();
+  bool overRtp = Present(query, "PORT");
+  if (QueryValue(query, "CMD") == "STOP") {
+    Reply reply = Ok();
+    if (overRtp) reply.rtp = RecorderRtpOrder(query, uid);
+    return reply;
+  }
   if (state.values.pushStartStatus != 0) {
     Reply reply = Ok();
     reply.status = state.values.pushStartStatus;
+    if (overRtp) reply.rtp = RecorderRtpOrder(query, uid);
     return reply;
   }
   std::string compression = QueryValue(query, "COMP");
   if (compression == "JPEG") return Push(state, "", "");
-  if (compression == "AUDIO" && !Present(query, "PORT")) return AudioStream();
-  return Ok();
+  if (compression == "AUDIO" && !overRtp) return AudioStream();
+  Reply reply = Ok();
+  reply.rtp = RecorderRtpOrder(query, uid);
+  return reply;
 }
 
 Reply RecorderStatus(DeviceState& state, const std::string& query) {
@@ -358,8 +414,8 @@ struct Route {
 constexpr Route kRoutes[] = {
     {"/cgi-bin/getuid", Family::kCamera, kSession, CameraGetUid},
     {"/cgi-bin/keep_alive", Family::kCamera, kKeepAlive | kShortKeepAlive, CameraKeepAlive},
-    {"/cgi-bin/h264", Family::kCamera, kVideo, CameraVideo},
-    {"/cgi-bin/mpeg4", Family::kCamera, kVideo, CameraVideo},
+    {"/cgi-bin/h264", Family::kCamera, kVideo, CameraH264},
+    {"/cgi-bin/mpeg4", Family::kCamera, kVideo, CameraMpeg4},
     {"/cgi-bin/audio", Family::kCamera, kAudio, CameraAudio},
     {"/cgi-bin/mpeg4_I_interval", Family::kCamera, kMpeg4Interval, CameraMpeg4Interval},
     {"/cgi-bin/h264_I_interval", Family::kCamera, kH264Interval, CameraH264Interval},

@@ -7,6 +7,8 @@
 
 #include "Config.h"
 #include "Jpeg.h"
+#include "Media.h"
+#include "RtpSender.h"
 #include "Sessions.h"
 
 namespace camsim {
@@ -17,12 +19,25 @@ enum class BodyKind {
   kAudioStream,  // a G.726 byte stream, until closed
 };
 
+enum class RtpAction { kNone, kStart, kStop };
+
+// What an accepted start or stop line of the RTP road asks of the device's
+// RTP sender; the device carries it out when the answer is 2xx.
+struct RtpOrder {
+  RtpAction action = RtpAction::kNone;
+  RtpStreamKey key;
+  MediaCodec codec = MediaCodec::kH264;
+  int port = 0;           // my_port= of a camera, PORT= of a recorder
+  bool recorder = false;  // a recorder sends to that port whatever its delivery
+};
+
 struct Reply {
   int status = 200;
   std::string body;
   BodyKind kind = BodyKind::kText;
   double frameRate = 0;         // pictures per second of a push
   PictureSize size = {16, 16};  // picture size of a push
+  RtpOrder rtp;                 // a stream to start or stop
 };
 
 // What a dialect handler may read and change; the caller holds the lock

@@ -147,6 +147,27 @@ bool ApplyUid(const std::string& value, bool, Fault* fault) {
   return true;
 }
 
+bool ApplyRtpStall(const std::string& value, bool hasValue, Fault* fault) {
+  long frames = 1;
+  if (hasValue && !ReadNumber(value, 0, 1000000, &frames)) return false;
+  fault->rtpStallAfter = static_cast<int>(frames);
+  return true;
+}
+
+bool ApplyRtpResume(const std::string& value, bool, Fault* fault) {
+  long ms = 0;
+  if (!ReadNumber(value, 1, 3600000, &ms)) return false;
+  fault->rtpResumeMs = static_cast<int>(ms);
+  return true;
+}
+
+bool ApplyRtpEnd(const std::string& value, bool hasValue, Fault* fault) {
+  long frames = 1;
+  if (hasValue && !ReadNumber(value, 0, 1000000, &frames)) return false;
+  fault->rtpEndAfter = static_cast<int>(frames);
+  return true;
+}
+
 constexpr FaultWord kFaultWords[] = {
     {"status", ApplyStatus},
     {"delay", ApplyDelay},
@@ -169,6 +190,9 @@ constexpr FaultWord kFaultWords[] = {
     {"when", ApplyWhen},
     {"uid", ApplyUid},
     {"times", ApplyTimes},
+    {"rtp-stall", ApplyRtpStall},
+    {"rtp-resume", ApplyRtpResume},
+    {"rtp-end", ApplyRtpEnd},
 };
 
 bool ApplyItem(const std::string& item, Fault* fault) {
@@ -200,6 +224,10 @@ bool ParseFault(const std::string& text, Fault* fault, std::string* error) {
       return false;
     }
     start = end + 1;
+  }
+  if (parsed.rtpResumeMs > 0 && parsed.rtpStallAfter < 0) {
+    *error = "rtp-resume needs rtp-stall";
+    return false;
   }
   *fault = parsed;
   return true;

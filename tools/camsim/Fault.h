@@ -45,6 +45,14 @@ struct Fault {
   BodyFraming framing = BodyFraming::kLength;
   bool boundaryQuoted = false;  // push: boundary="..." in the Content-Type
   bool boundaryBare = false;    // push: parts start with the boundary without "--"
+  // The RTP stream that a start line meeting the fault begins (the answer
+  // itself is the normal one): it stalls after rtpStallAfter frames, while
+  // HTTP answers as before, and resumes by itself rtpResumeMs later (0: on
+  // a resume or a new start only); or it ends for good after rtpEndAfter
+  // frames, as when a recorder's push ends. -1: never.
+  int rtpStallAfter = -1;
+  int rtpResumeMs = 0;
+  int rtpEndAfter = -1;
 };
 
 // Reads the text form used on the command line, items joined by ",":
@@ -52,7 +60,8 @@ struct Fault {
 // "garbage", "reset", "long-body[=N]", "late-keys[=N]", "omit=KEY",
 // "push-stall[=N]", "push-end[=N]", "drip=MS", "no-length", "chunked",
 // "chunked-open", "boundary-quoted", "boundary-bare", "when=KEY=VALUE",
-// "uid=N", "times=N". Returns false and sets *error otherwise.
+// "uid=N", "times=N", "rtp-stall[=N]", "rtp-resume=MS" (with rtp-stall),
+// "rtp-end[=N]". Returns false and sets *error otherwise.
 bool ParseFault(const std::string& text, Fault* fault, std::string* error);
 
 // True when the query (text after "?") meets the fault's conditions.

@@ -1,5 +1,6 @@
 // Serving one connection of a device: read the head, record it, apply the
 // path's fault, check authentication, answer in the model's dialect.
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -305,6 +306,11 @@ void Device::ServeRequest(int fd, const std::string& peer, const HttpRequest& re
     reply = Dispatch(request);
   }
   SetRecordStatus(sequence, reply.status);
+  // The stream starts before the answer goes out: whoever reads the answer
+  // can count on it.
+  if (reply.rtp.action != RtpAction::kNone && reply.status >= 200 && reply.status < 300) {
+    OrderRtp(fd, reply.rtp, fault);
+  }
   switch (reply.kind) {
     case BodyKind::kJpegPush:
       ServePush(fd, request, reply, fault);
@@ -391,6 +397,56 @@ void Device::ServeAudio(int fd, const HttpRequest& request, const Fault& fault) 
     if (!SendAll(fd, chunk.data(), size) || CutsShort(fault)) return;
     if (Pause(fd, stopFd_, kAudioIntervalMs) != WaitResult::kTimeout) return;
   }
+}
+
+// Where a camera sends its stream: to the multicast group and port of its
+// set-up reply (delivery "multi"); to the requester's address at the
+// unicast port of its set-up reply, aInPort= for audio (delivery
+// "uni_manual"); else to the requester's address at the port of the start
+// line. A recorder always sends to the requester at the line's PORT=.
+void Device::OrderRtp(int fd, const RtpOrder& order, const Fault& fault) {
+  if (order.action == RtpAction::kStop) {
+    rtp_->StopStream(order.key);
+    return;
+  }
+  ReplyValues values = Values();
+  sockaddr_storage destination{};
+  socklen_t length = sizeof destination;
+  int port = order.port;
+  if (!order.recorder && values.delivery == "multi") {
+    port = values.multiPort;
+    const auto& octets = values.multiAddress;
+    std::string group = std::to_string(octets[0]) + "." + std::to_string(octets[1]) + "." +
+                        std::to_string(octets[2]) + "." + std::to_string(octets[3]);
+    if (!values.multiAddressV6.empty() &&
+        MakeAddress(values.multiAddressV6, 0, &destination, &length) &&
+        destination.ss_family == AF_INET6) {
+      group = values.multiAddressV6;
+    }
+    if (port < 1 || port > 65535 ||
+        !MakeAddress(group, static_cast<uint16_t>(port), &destination, &length)) {
+      return;
+    }
+  } else {
+    if (!order.recorder && values.delivery == "uni_manual") {
+      port = order.codec == MediaCodec::kG726 ? values.audioInPort : values.uniPort;
+    }
+    if (port < 1 || port > 65535 ||
+        getpeername(fd, reinterpret_cast<sockaddr*>(&destination), &length) != 0) {
+      return;
+    }
+    if (destination.ss_family == AF_INET6) {
+      reinterpret_cast<sockaddr_in6*>(&destination)->sin6_port = htons(static_cast<uint16_t>(port));
+    } else {
+      reinterpret_cast<sockaddr_in*>(&destination)->sin_port = htons(static_cast<uint16_t>(port));
+    }
+  }
+  RtpPlan plan;
+  plan.stallAfter = fault.rtpStallAfter;
+  plan.resumeMs = fault.rtpResumeMs;
+  plan.endAfter = fault.rtpEndAfter;
+  std::string error;
+  rtp_->Start(order.key, order.codec, destination, plan, &error);
 }
 
 void Device::HoldOpen(int fd) {
