@@ -118,10 +118,42 @@ std::string ClearFaults(Device* device, const std::string&) {
   return Ok();
 }
 
+// "" for every UID, else one UID; false when it is no UID.
+bool ReadUidArgument(const std::string& argument, int* uid) {
+  long number = 0;
+  if (argument.empty()) {
+    *uid = kEveryUid;
+    return true;
+  }
+  if (!ReadCount(argument, 2147483647L, &number)) return false;
+  *uid = static_cast<int>(number);
+  return true;
+}
+
+std::string ChangeRtp(Device* device, const std::string& argument,
+                      size_t (Device::*change)(int)) {
+  int uid = kEveryUid;
+  if (!ReadUidArgument(argument, &uid)) return "ERROR bad UID";
+  return (device->*change)(uid) > 0 ? Ok() : "ERROR no such RTP stream";
+}
+
+std::string RtpStall(Device* device, const std::string& argument) {
+  return ChangeRtp(device, argument, &Device::StallRtp);
+}
+
+std::string RtpResume(Device* device, const std::string& argument) {
+  return ChangeRtp(device, argument, &Device::ResumeRtp);
+}
+
+std::string RtpEnd(Device* device, const std::string& argument) {
+  return ChangeRtp(device, argument, &Device::EndRtp);
+}
+
 struct ControlCommand {
   const char* name;
   const char* argument;  // null: takes none
   Command apply;
+  bool optional = false;  // the argument may be left out
 };
 
 constexpr ControlCommand kCommands[] = {
@@ -131,6 +163,8 @@ constexpr ControlCommand kCommands[] = {
     {"filename", "TEXT", FileName},       {"push-start-status", "N", PushStartStatus},
     {"fault", "PATH:FAULT", AddFault},    {"set-fault", "PATH:FAULT", SetFault},
     {"clear-fault", "PATH", ClearFault},  {"clear-faults", nullptr, ClearFaults},
+    {"rtp-stall", "UID", RtpStall, true}, {"rtp-resume", "UID", RtpResume, true},
+    {"rtp-end", "UID", RtpEnd, true},
 };
 
 }  // namespace
@@ -150,7 +184,7 @@ std::string ApplyControlLine(const std::vector<Device*>& devices, const std::str
   std::string argument = second == std::string::npos ? "" : text.substr(second + 1);
   for (const ControlCommand& command : kCommands) {
     if (word != command.name) continue;
-    if ((command.argument == nullptr) != argument.empty()) {
+    if ((command.argument == nullptr) != argument.empty() && !command.optional) {
       return std::string("ERROR ") + command.name +
              (command.argument ? std::string(" needs ") + command.argument : " takes nothing");
     }
@@ -163,7 +197,10 @@ std::string ControlCommandsText() {
   std::string text;
   for (const ControlCommand& command : kCommands) {
     text += std::string("  DEVICE ") + command.name;
-    if (command.argument != nullptr) text += std::string(" ") + command.argument;
+    if (command.argument != nullptr) {
+      text += command.optional ? std::string(" [") + command.argument + "]"
+                               : std::string(" ") + command.argument;
+    }
     text += "\n";
   }
   return text;

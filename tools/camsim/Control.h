@@ -23,6 +23,8 @@ namespace camsim {
 //   push-start-status N                  recorder push start answer (0: normal)
 //   fault PATH:FAULT | set-fault PATH:FAULT   add a fault to the path's list / replace it
 //   clear-fault PATH | clear-faults      remove faults
+//   rtp-stall [UID] | rtp-resume [UID]   RTP streams (of the UID, or all) stall / resume
+//   rtp-end [UID]                        RTP streams end for good
 std::string ApplyControlLine(const std::vector<Device*>& devices, const std::string& line);
 
 // Every command word with its argument, one a line, for the usage text.

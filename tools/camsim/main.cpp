@@ -33,6 +33,11 @@ void PrintRecord(size_t device, const camsim::RequestRecord& record) {
   }
 }
 
+void PrintRtpEvent(size_t device, const std::string& event) {
+  std::lock_guard<std::mutex> lock(printMutex);
+  std::fprintf(stderr, "camsim: device %zu %s\n", device, event.c_str());
+}
+
 std::vector<std::unique_ptr<camsim::Device>> StartDevices(const camsim::Options& options) {
   std::vector<std::unique_ptr<camsim::Device>> devices;
   for (size_t i = 0; i < options.devices.size(); ++i) {
@@ -47,6 +52,7 @@ std::vector<std::unique_ptr<camsim::Device>> StartDevices(const camsim::Options&
     for (const auto& fault : wanted.faults) device->AddFault(fault.first, fault.second);
     if (options.verbose) {
       device->SetObserver([i](const camsim::RequestRecord& record) { PrintRecord(i, record); });
+      device->SetRtpObserver([i](const std::string& event) { PrintRtpEvent(i, event); });
     }
     devices.push_back(std::move(device));
   }
