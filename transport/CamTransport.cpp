@@ -11,10 +11,29 @@
 
 namespace camtr {
 
-const TransportTraits kRtpTransport = {
-    "CCamRequester_Cgi_Kobu_Rtp", false, false, false, true, true, false};
-const TransportTraits kHttpTransport = {
-    "CCamRequester_Cgi_Kobu_Http", true, true, true, false, false, true};
+const TransportTraits kRtpTransport = [] {
+  TransportTraits t{};
+  t.pcClassName = "CCamRequester_Cgi_Kobu_Rtp";
+  t.bUsesProxy = false;              // always straight to the camera
+  t.bClosesOpenSession = false;      // an open session is left as it is
+  t.bRejectsNullUrl = false;         // a null url goes to the library as it is
+  t.bPrintsRetBeforeFailed2 = true;  // "ret =" before failed2
+  t.bStoresResult = true;            // m_KELCheckStreamRet keeps the result word
+  t.bCloseShowsPush = false;         // there is no push session
+  return t;
+}();
+
+const TransportTraits kHttpTransport = [] {
+  TransportTraits t{};
+  t.pcClassName = "CCamRequester_Cgi_Kobu_Http";
+  t.bUsesProxy = true;                // through the proxy unless the camera is an exception
+  t.bClosesOpenSession = true;        // a session still open is closed first
+  t.bRejectsNullUrl = true;           // SetUrl refuses a null url
+  t.bPrintsRetBeforeFailed2 = false;  // failed2 alone
+  t.bStoresResult = false;            // the result word is not kept
+  t.bCloseShowsPush = true;           // the close line shows the push session too
+  return t;
+}();
 
 namespace {
 
