@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "Fixture.h"
+#include "RtpReceiver.h"
 #include "gtest/gtest.h"
 
 extern char** environ;
@@ -199,6 +200,39 @@ TEST(Program, ControlSocketChangesDevicesWhileRunning) {
                         "/cgi-bin/status.cgi?UID=" + login.Line("UID=") + "&HTML=as_status.html");
   EXPECT_EQ(status.Line("PLAY_MODE="), "5");
   EXPECT_EQ(status.Line("FILENAME"), "=CH03.DAT");
+  EXPECT_EQ(program.Stop(SIGTERM), 0);
+}
+
+// The program's own RTP: a stream from the command line's delivery and
+// fault, stalled and resumed through the control socket.
+TEST(Program, RtpFromTheCommandLineAndTheControlSocket) {
+  UdpReceiver receiver;
+  ASSERT_TRUE(receiver.Open("127.0.0.1"));
+  Program program;
+  ASSERT_TRUE(program.Start({"--control", "127.0.0.1:0", "--listen", "127.0.0.1:0", "--model",
+                             "CAM09", "--delivery", "uni", "--fault",
+                             "/cgi-bin/h264:rtp-end=3,times=1"}));
+  uint16_t camera = program.Port(0);
+  uint16_t control = program.ControlPort();
+  ASSERT_NE(camera, 0);
+  ASSERT_NE(control, 0);
+  std::string uid = Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264").Line("UID=");
+  std::string start = "/cgi-bin/h264?connect=start&protocol=rtp&my_port=" +
+                      std::to_string(receiver.Port()) + "&UID=" + uid;
+  ASSERT_EQ(Get("127.0.0.1", camera, start).status, 200);
+  auto ended = receiver.Frames(3);
+  ASSERT_FALSE(ended.empty());
+  EXPECT_TRUE(receiver.Quiet(milliseconds(400), kDeadline)) << "rtp-end=3";
+  int fd = Connect("127.0.0.1", control);
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(Control(fd, "0 rtp-stall"), "ERROR no such RTP stream");
+  ASSERT_EQ(Get("127.0.0.1", camera, start).status, 200);
+  ASSERT_FALSE(receiver.Frames(1).empty());
+  EXPECT_EQ(Control(fd, "0 rtp-stall " + uid), "OK");
+  EXPECT_TRUE(receiver.Quiet(milliseconds(400), kDeadline));
+  EXPECT_EQ(Control(fd, "0 rtp-resume"), "OK");
+  EXPECT_FALSE(receiver.Frames(1).empty());
+  close(fd);
   EXPECT_EQ(program.Stop(SIGTERM), 0);
 }
 
