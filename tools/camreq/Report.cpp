@@ -150,6 +150,8 @@ std::string StatusLine(const Unit& rUnit, const RequesterLog& rLog, double dRate
       }
     }
   }
+  // What the stream-state query would answer now.
+  if (iStatus == CAM_HTTP_STS_RUN && rUnit.pNotify->StreamStateNow() != 0) sLine += "  (silent)";
   return sLine;
 }
 
@@ -298,11 +300,11 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
     }
     sOut += "  CGI lines:\n";
     for (const Json& x : r["cgi"]) {
-      std::snprintf(acLine, sizeof(acLine), "    %8.3f s  %-27s %-56s %-14s %9.3f ms\n",
+      std::snprintf(acLine, sizeof(acLine), "    %8.3f s  %-27s %-14s %9.3f ms  %s\n",
                     x["time"].get<double>(), x["worker"].get<std::string>().c_str(),
+                    x["result"].get<std::string>().c_str(), x["latency_ms"].get<double>(),
                     x["line"].get<std::string>().empty() ? "(not sent)"
-                                                        : x["line"].get<std::string>().c_str(),
-                    x["result"].get<std::string>().c_str(), x["latency_ms"].get<double>());
+                                                        : x["line"].get<std::string>().c_str());
       sOut += acLine;
     }
     if (!r["rtp"].is_null()) {
@@ -336,10 +338,20 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
       sOut += acLine;
     }
     const Json& q = r["stream_queries"];
-    std::snprintf(acLine, sizeof(acLine), "  stream-state queries: %d (answered 0: %d, 1: %d)\n",
+    std::snprintf(acLine, sizeof(acLine), "  stream-state queries: %d (answered 0: %d, 1: %d)",
                   static_cast<int>(q["count"].get<size_t>()), q["answered_0"].get<int>(),
                   q["answered_1"].get<int>());
     sOut += acLine;
+    // The answers in order, as long as they fit a line or two.
+    constexpr size_t kMostListed = 12;
+    const char* pcSeparator = ": ";
+    for (size_t i = 0; i < q["list"].size() && i < kMostListed; ++i) {
+      std::snprintf(acLine, sizeof(acLine), "%s%.1f s -> %d", pcSeparator,
+                    q["list"][i]["time"].get<double>(), q["list"][i]["answer"].get<int>());
+      sOut += acLine;
+      pcSeparator = ", ";
+    }
+    sOut += q["list"].size() > kMostListed ? ", ...\n" : "\n";
     sOut += "  notifications:\n";
     for (const Json& n : r["notifications"]) {
       std::snprintf(acLine, sizeof(acLine), "    %8.3f s  %s\n", n["time"].get<double>(),
