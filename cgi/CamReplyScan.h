@@ -33,11 +33,23 @@ int CheckDeliveryMode(CCamRequester& rRequester, const CamRequesterFields& sFiel
 int CheckKeepAliveReply(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcText);
 int CheckPlayModeReply(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText);
 
+// An address of the camera link as the socket layer reported it: the
+// call's result (0 = the address is valid) and the address. The session's
+// socket is reached in transport/ only; this parser gets the addresses.
+struct LinkAddress {
+  int iResult = -1;
+  sockaddr_storage sAddr{};
+};
+
 // The set-up reply: UID, audio, delivery, own address and multi/unicast.
-int CheckCamInfoReply(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText);
+// sSelf is this device's address on the camera link (getsockname).
+int CheckCamInfoReply(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText,
+                      const LinkAddress& sSelf);
 int StoreSelfAddress(CCamRequester& rRequester, CamRequesterFields& sFields,
                      sockaddr_storage* psAddr);
-int SetupMultiUni(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText);
+// sPeer is the camera's address (getpeername); unicast reads its family only.
+int SetupMultiUni(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText,
+                  const LinkAddress& sPeer);
 
 }  // namespace cgi
 

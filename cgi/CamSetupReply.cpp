@@ -1,6 +1,7 @@
 // The reply to the session command: UID, audio settings, delivery mode, this
 // device's own address on the camera link, and the multicast group or the
-// unicast ports the stream will use.
+// unicast ports the stream will use. The addresses of the camera link come
+// in as socket addresses; the session and its socket stay in transport/.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -12,7 +13,6 @@
 #include "CamReplyScan.h"
 #include "CamRequesterFields.h"
 #include "CamTypes.h"
-#include "kxhttp.h"
 
 namespace cgi {
 
@@ -27,10 +27,6 @@ constexpr bool HasFixedAudio(unsigned usCameraType) {
 }
 constexpr int kFixedAudioBitrate = 32;
 constexpr int kFixedAudioEnable = 1;
-
-int SessionSocket(const CamRequesterFields& sFields) {
-  return sFields.psSession != nullptr ? http_session_socket(sFields.psSession) : -1;
-}
 
 void ReadAudio(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText) {
   if (HasFixedAudio(sFields.usCameraType)) {
@@ -105,32 +101,33 @@ int ReadUniManualPorts(CCamRequester& rRequester, CamRequesterFields& sFields, c
   return 0;
 }
 
-int SetupUnicast(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText) {
+int SetupUnicast(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText,
+                 const LinkAddress& sPeer) {
   sFields.ucMulticast = 0;
   memset(sFields.cMultiAddr, 0, sizeof(sFields.cMultiAddr));
-  // Only the family is read: an IPv6 peer's address is cut short here.
-  sockaddr_in sPeer{};
-  socklen_t iLength = sizeof(sPeer);
-  if (getpeername(SessionSocket(sFields), reinterpret_cast<sockaddr*>(&sPeer), &iLength) != 0) {
+  if (sPeer.iResult != 0) {
     rRequester.CamReqCOM_printf("GetMultiUniSetup [Error] getpeername \n");
     return -1;
   }
-  if (sPeer.sin_family == AF_INET) {
+  // Only the family is read.
+  const int iFamily = sPeer.sAddr.ss_family;
+  if (iFamily == AF_INET) {
     rRequester.CamReqCOM_printf("GetMultiUniSetup [DEBUG] sa_family=AF_INET \n");
-  } else if (sPeer.sin_family == AF_INET6) {
+  } else if (iFamily == AF_INET6) {
     rRequester.CamReqCOM_printf("GetMultiUniSetup [DEBUG] sa_family=AF_INET6 \n");
   } else {
-    rRequester.CamReqCOM_printf("GetMultiUniSetup [Error] sa_family=%d \n", sPeer.sin_family);
+    rRequester.CamReqCOM_printf("GetMultiUniSetup [Error] sa_family=%d \n", iFamily);
     return -1;
   }
-  sFields.iPeerFamily = sPeer.sin_family;
+  sFields.iPeerFamily = iFamily;
   if (strcmp(sFields.sDelivery, "uni_manual") != 0) return 0;
   return ReadUniManualPorts(rRequester, sFields, pcText);
 }
 
 }  // namespace
 
-int CheckCamInfoReply(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText) {
+int CheckCamInfoReply(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText,
+                      const LinkAddress& sSelf) {
   char acUidKey[] = "UID=";
   int iUid = sFields.iUid.load();
   if (rRequester.SearchNumber(pcText, acUidKey, &iUid) != 0) {
@@ -149,15 +146,12 @@ int CheckCamInfoReply(CCamRequester& rRequester, CamRequesterFields& sFields, ch
   rRequester.CamReqCOM_printf("CheckCamInfo_RcvData [DEBUG] SerachString sDelivery=%s\n",
                               sFields.sDelivery);
   memset(sFields.cSelfAddr, 0, sizeof(sFields.cSelfAddr));
-  sockaddr_storage sSelf{};
-  socklen_t iLength = sizeof(sSelf);
-  const int iRet =
-      getsockname(SessionSocket(sFields), reinterpret_cast<sockaddr*>(&sSelf), &iLength);
-  if (iRet != 0) {
-    rRequester.CamReqCOM_printf("CheckCamInfo_RcvData [Error] getsockname = %d \n", iRet);
+  if (sSelf.iResult != 0) {
+    rRequester.CamReqCOM_printf("CheckCamInfo_RcvData [Error] getsockname = %d \n", sSelf.iResult);
     return -1;
   }
-  if (rRequester.GetSelfAddress(&sSelf) != 0) return -1;
+  sockaddr_storage sAddr = sSelf.sAddr;
+  if (rRequester.GetSelfAddress(&sAddr) != 0) return -1;
   return rRequester.GetMultiUniSetup(pcText);
 }
 
@@ -185,9 +179,10 @@ int StoreSelfAddress(CCamRequester& rRequester, CamRequesterFields& sFields,
   return 0;
 }
 
-int SetupMultiUni(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText) {
+int SetupMultiUni(CCamRequester& rRequester, CamRequesterFields& sFields, char* pcText,
+                  const LinkAddress& sPeer) {
   if (strcmp(sFields.sDelivery, "multi") == 0) return SetupMulticast(rRequester, sFields, pcText);
-  return SetupUnicast(rRequester, sFields, pcText);
+  return SetupUnicast(rRequester, sFields, pcText, sPeer);
 }
 
 }  // namespace cgi

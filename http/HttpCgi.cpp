@@ -5,6 +5,7 @@
 #include "CamCgiCommon.h"
 #include "CamHttpCommands.h"
 #include "CamReplyScan.h"
+#include "CamSessionSocket.h"
 
 namespace {
 
@@ -30,7 +31,7 @@ int CCamRequester_Cgi_Kobu_Http::SerachString(char* pcText, char* pcKey, char* p
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckCamInfo_RcvData(char* pcText) {
-  return cgi::CheckCamInfoReply(*this, *this, pcText);
+  return cgi::CheckCamInfoReply(*this, *this, pcText, camtr::SelfAddressOf(psSession));
 }
 
 int CCamRequester_Cgi_Kobu_Http::CheckKeepAlive_RcvData(char* pcText) {
@@ -59,7 +60,7 @@ int CCamRequester_Cgi_Kobu_Http::CheckDelivery(char* pcText, char* pcKey, char* 
 }
 
 int CCamRequester_Cgi_Kobu_Http::GetMultiUniSetup(char* pcText) {
-  return cgi::SetupMultiUni(*this, *this, pcText);
+  return cgi::SetupMultiUni(*this, *this, pcText, camtr::PeerAddressOf(psSession));
 }
 
 int CCamRequester_Cgi_Kobu_Http::GetSelfAddress(sockaddr_storage* psAddr) {

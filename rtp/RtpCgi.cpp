@@ -5,6 +5,7 @@
 #include "CamCgiCommon.h"
 #include "CamReplyScan.h"
 #include "CamRtpCommands.h"
+#include "CamSessionSocket.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ int CCamRequester_Cgi_Kobu_Rtp::SerachString(char* pcText, char* pcKey, char* pc
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::CheckCamInfo_RcvData(char* pcText) {
-  return cgi::CheckCamInfoReply(*this, *this, pcText);
+  return cgi::CheckCamInfoReply(*this, *this, pcText, camtr::SelfAddressOf(psSession));
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::CheckKeepAlive_RcvData(char* pcText) {
@@ -56,7 +57,7 @@ int CCamRequester_Cgi_Kobu_Rtp::CheckDelivery(char* pcText, char* pcKey, char* p
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::GetMultiUniSetup(char* pcText) {
-  return cgi::SetupMultiUni(*this, *this, pcText);
+  return cgi::SetupMultiUni(*this, *this, pcText, camtr::PeerAddressOf(psSession));
 }
 
 int CCamRequester_Cgi_Kobu_Rtp::GetSelfAddress(sockaddr_storage* psAddr) {

@@ -43,11 +43,17 @@ extern "C" {
  * the upper layer; the record is at least this long. */
 #define HTTP_SESSION_INFO_SIZE 108
 
-/* The session record. It begins with the host text and the port; the rest
- * is the library's own. */
+/* The session record. It begins with the host text and the port; then the
+ * socket of the session's connection, which a caller may ask for its
+ * addresses (getsockname, getpeername) and must neither read from, write
+ * to nor close. It is the connection of the last request (a request may
+ * need a new one), -1 while there is none; the library stores it
+ * atomically (__atomic_store_n), so a reader uses __atomic_load_n. The
+ * rest is the library's own. */
 typedef struct HTTP_SESSION {
   char* pcHost;                                     /* host (camera) address text          */
   unsigned short usPort;                            /* camera port                         */
+  int iSocket;                                      /* socket of the connection, or -1     */
   unsigned char aucPrivate[HTTP_SESSION_INFO_SIZE]; /* library's own */
 } HTTP_SESSION;
 
@@ -147,8 +153,9 @@ int http_close_session(HTTP_SESSION* psSession);
 
 /* ---- Extensions of this replacement ------------------------------------ */
 
-/* The connected socket of the session (-1 when none), for getsockname and
- * getpeername. */
+/* The connected socket of the session (-1 when none or not an open
+ * session), for getsockname and getpeername. The requester library reads
+ * the record's iSocket instead: the device's client has no such call. */
 int http_session_socket(HTTP_SESSION* psSession);
 
 /* One part of a multipart/x-mixed-replace body. */

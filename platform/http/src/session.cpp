@@ -30,6 +30,10 @@ struct SessionImpl {
   std::optional<Endpoint> proxy;
   long connectTimeoutMs = 0;  // as given; scaled when used
   std::atomic<int> fd{-1};
+  // The record's copy of fd (iSocket), for callers that take the socket
+  // from the record; written with fd under socketLock, and never once the
+  // session is closed (the record may then be retired).
+  HTTP_SESSION* head = nullptr;
   bool connectionUsed = false;  // a request went out on fd
   bool hasUrl = false;
   RequestLine line;
@@ -158,10 +162,18 @@ class SessionCall {
   std::unique_lock<std::mutex> guard_;
 };
 
+// Keeps the record's iSocket equal to fd; the caller holds socketLock.
+void publish_socket(SessionImpl& impl, int fd) {
+  if (impl.head != nullptr && !impl.closed.load()) {
+    __atomic_store_n(&impl.head->iSocket, fd, __ATOMIC_RELEASE);
+  }
+}
+
 void close_connection(SessionImpl& impl) {
   {
     std::lock_guard<std::mutex> guard(impl.socketLock);
     int fd = impl.fd.exchange(-1);
+    publish_socket(impl, -1);
     if (fd >= 0) close(fd);
   }
   impl.input.pending.clear();
@@ -187,6 +199,7 @@ uint32_t reconnect(SessionImpl& impl, Deadline deadline) {
     return HTTP_ERR_CLOSED;
   }
   impl.fd.store(fd);
+  publish_socket(impl, fd);
   impl.connectionUsed = false;
   return 0;
 }
@@ -295,6 +308,8 @@ HTTP_SESSION* http_open_session_to_ret(const char* pcHost, unsigned short usPort
   impl->fd.store(fd);
   record->head.pcHost = &record->host[0];
   record->head.usPort = usPort;
+  record->head.iSocket = fd;
+  impl->head = &record->head;
   return kxhttp::registry().add(std::move(record), std::move(impl));
 }
 
