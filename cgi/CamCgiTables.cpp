@@ -59,6 +59,8 @@ using K = KeepAliveForm;
 using V = VideoForm;
 using A = AudioForm;
 
+// The columns of RtpTypeRow; MPEG-4 and H.264 are bMpeg4Iframe and bH264Iframe.
+//                    session       MPEG-4 H.264  keep-alive        video            audio
 #define RTP_CAM      {S::kCamera,   true,  false, K::kCamera,       V::kCamera,      A::kCamera}
 #define RTP_CAM_H264 {S::kCamera,   true,  true,  K::kCamera,       V::kCamera,      A::kCamera}
 #define RTP_QV262    {S::kCamera,   true,  false, K::kShortNoAudio, V::kCamera,      A::kNone}
@@ -80,6 +82,8 @@ const RtpTypeRow kRtpTypeTable[kCamTypeCount] = {
     RTP_REC_RES,  RTP_NONE,                                  // 36-37
 };
 
+// The columns of HttpTypeRow; Quillon is bQuillonRelease.
+//                    session       keep-alive        JPEG          audio         Quillon
 #define HTTP_CAM     {S::kCamera,   K::kCamera,       V::kCamera,   A::kCamera,   false}
 #define HTTP_QV262   {S::kCamera,   K::kShortNoAudio, V::kCamera,   A::kNone,     false}
 #define HTTP_QUIL    {S::kQuillon,  K::kQuillon,      V::kQuillon,  A::kNone,     true}

@@ -12,20 +12,24 @@ using Http = CCamRequester_Cgi_Kobu_Http;
 // Words of the command types 0..3, one 6-character cell each.
 constexpr char kTypeWords[][6] = {"jpeg", "audio", "play", "error"};
 
-constexpr campar::CamParamTraits kHttpTraits = {
-    "CCamRequester_Cgi_Kobu_Http",
-    true,  // the setters refuse a null record themselves ("invalid param")
-    CAM_REQUESTER_CMD_JPEG_PLAY,
-    CAM_REQUESTER_CMD_HTTP_INVALID,
-    kTypeWords[0],
-    sizeof(kTypeWords[0]),
-    "H:%s",
-    true,  // a JPEG stream is also told by frame rate and resolution
-    true,
-    {"GetInfoKelInfo [DEBUG] IP unmach [Param:%s]!=[Setup:%s]\n",
-     "GetInfoKelInfo [DEBUG] PORT# unmach [Param:%d]!=[Setup:%d]\n",
-     "GetInfoKelInfo [DEBUG] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n",
-     "GetInfoKelInfo [Error] pParam invalid\n"}};
+constexpr campar::CamParamTraits kHttpTraits = [] {
+  campar::CamParamTraits t{};
+  t.pcClassName = "CCamRequester_Cgi_Kobu_Http";
+  t.bSetterChecksNull = true;  // the setters refuse a null record themselves ("invalid param")
+  t.iHighestCmdType = CAM_REQUESTER_CMD_JPEG_PLAY;
+  t.iInvalidCmdType = CAM_REQUESTER_CMD_HTTP_INVALID;
+  t.pcTypeWords = kTypeWords[0];
+  t.uTypeWordCell = sizeof(kTypeWords[0]);
+  t.pcPrefixFormat = "H:%s";
+  t.bComparesFrameAndResolution = true;  // a JPEG stream is also told by frame rate and resolution
+  t.bPrintsKelInfoOut = true;            // SetParameterKelInfo reports the stored values
+  t.sKelInfo.pcIpUnmatch = "GetInfoKelInfo [DEBUG] IP unmach [Param:%s]!=[Setup:%s]\n";
+  t.sKelInfo.pcPortUnmatch = "GetInfoKelInfo [DEBUG] PORT# unmach [Param:%d]!=[Setup:%d]\n";
+  t.sKelInfo.pcModelUnmatch =
+      "GetInfoKelInfo [DEBUG] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n";
+  t.sKelInfo.pcNullRecord = "GetInfoKelInfo [Error] pParam invalid\n";
+  return t;
+}();
 
 // The parameter kinds of the HTTP requester; 2 and 21 are not among them.
 constexpr campar::SetterEntry<Http> kSetters[] = {

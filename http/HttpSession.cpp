@@ -21,37 +21,42 @@ using camses::UidGoneKind;
 
 }  // namespace
 
-const camses::SessionPolicy kHttpPolicy = {
-    "CCamRequester_Cgi_Kobu_Http",
-    "Http",
-    "Http",
-    "HTTP",
-    "StreamStartCommandExec",  // the stop refuses play-back with the start's words
-    &camses::kHttpVideoTable,
-    &camses::kHttpAudioTable,
-    3,
-    {
-        // 0 JPEG live: a push handed to the upper layer
-        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
-         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] JPEG:\n", nullptr},
-        // 1 G.726 over HTTP: no set-up, no preset, the UID kept
-        {true, TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip, StreamCheckKind::kAudio,
-         EarlyRestartKind::kNever, UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726HTTP:\n", nullptr},
-        // 2 JPEG play-back: set up only; no preset, no push
-        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
-         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
-         nullptr, "JPEG_PLAY"},
-    },
-    nullptr,  // the set-up's reset of the connection errors is silent
-    "CCamRequester_Cgi_Kobu_Http::StreamStopCommand [DEBGU] NOP\n",
-    "CheckStreamStart [DEBUG] CheckStreamStart Start\n",
-    "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_HTTP\n",
-    "KelSetupSessionCommandExec [Error] DoRequest failed\n",
-    true,  // both stops also close the push session
-    true,  // the stop releases a Quillon UID
-    0,     // a set-up whose session line is refused is skipped, not failed
-    ForgetHttpUid,
-};
+constexpr camses::SessionPolicy kHttpPolicy = [] {
+  camses::SessionPolicy p{};
+  p.pcClassName = "CCamRequester_Cgi_Kobu_Http";
+  p.pcWireWord = "Http";
+  p.pcLineWord = "Http";
+  p.pcStallWord = "HTTP";
+  // The stop refuses play-back with the start's words.
+  p.pcStopRefusalName = "StreamStartCommandExec";
+  p.pVideoTable = &camses::kHttpVideoTable;
+  p.pAudioTable = &camses::kHttpAudioTable;
+  // One row per command type; the rows past iCmdTypeCount are never read
+  // (RuleFor answers kUndefinedCmdType).
+  p.iCmdTypeCount = 3;
+  // 0 JPEG live: a push handed to the upper layer
+  p.asRules[0] = camses::OpenedCmdType(TableKind::kVideo, SetupKind::kLive, PresetKind::kRun,
+                                       StreamCheckKind::kQuery, EarlyRestartKind::kCheck,
+                                       UidGoneKind::kNotify, "UidInvalid [DEBUG] JPEG:\n", nullptr);
+  // 1 G.726 over HTTP: no set-up, no preset, the UID kept
+  p.asRules[1] = camses::OpenedCmdType(
+      TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip, StreamCheckKind::kAudio,
+      EarlyRestartKind::kNever, UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726HTTP:\n", nullptr);
+  // 2 JPEG play-back: set up only; no preset, no push
+  p.asRules[2] = camses::OpenedCmdType(
+      TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined, StreamCheckKind::kUndefined,
+      EarlyRestartKind::kUndefined, UidGoneKind::kUndefined, nullptr, "JPEG_PLAY");
+  p.pcSetupResetLine = nullptr;  // the set-up's reset of the connection errors is silent
+  p.pcStreamStopNop = "CCamRequester_Cgi_Kobu_Http::StreamStopCommand [DEBGU] NOP\n";
+  p.pcStreamCheckStart = "CheckStreamStart [DEBUG] CheckStreamStart Start\n";
+  p.pcRecorderAudioCheck = "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_HTTP\n";
+  p.pcRecorderRequestFailed = "KelSetupSessionCommandExec [Error] DoRequest failed\n";
+  p.bClosesPushOnStop = true;        // both stops also close the push session
+  p.bStopReleasesQuillonUid = true;  // the stop releases a Quillon UID
+  p.iUidLineRefusedResult = 0;       // a refused session line skips the set-up
+  p.pfnUidGone = ForgetHttpUid;
+  return p;
+}();
 
 }  // namespace httpses
 

@@ -39,34 +39,43 @@ struct Dispatch {
 constexpr const char* kStartLine = "RequestThreadMain [DEBUG] START command TINDEX=%x\n";
 constexpr const char* kStopLine = "RequestThreadMain [DEBUG] STOP command TINDEX=%x\n";
 
+// Whether a step first checks that the thread is not being stopped.
+constexpr bool kCheckFirst = true;
+constexpr bool kRunAnyway = false;
+
 // Indexed by the queue command code; code 2 is not used and reads as undefined.
 // clang-format off
 const Dispatch kDispatchTable[] = {
     /* 0 START */
     {kStartLine, 1, Wanted::kLiveOn, CAM_HTTP_EVT_START,
-     {{true, &CCamRequester::OpenSessionCommand},
-      {true, &CCamRequester::SetupSessionCommand},
-      {true, &CCamRequester::SendCamPresetCommand},
-      {true, &CCamRequester::StreamStartCommand}},
-     true, false},
+     {{kCheckFirst, &CCamRequester::OpenSessionCommand},
+      {kCheckFirst, &CCamRequester::SetupSessionCommand},
+      {kCheckFirst, &CCamRequester::SendCamPresetCommand},
+      {kCheckFirst, &CCamRequester::StreamStartCommand}},
+     /*bKeepAliveTail=*/true, /*bCheckAtEnd=*/false},
     /* 1 STOP */
     {kStopLine, 2, Wanted::kLiveOff, CAM_HTTP_EVT_STOP,
-     {{true, &CCamRequester::StreamStopCommand}}, false, false},
+     {{kCheckFirst, &CCamRequester::StreamStopCommand}},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/false},
     /* 2 */
-    {nullptr, 0, Wanted::kNone, -1, {}, false, false},
+    {nullptr, 0, Wanted::kNone, -1, {},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/false},
     /* 3 Dummy: only wakes the thread */
-    {"RequestThreadMain [DEBUG] Dummy command TINDEX=%x\n", 0, Wanted::kNone, -1, {}, false,
-     false},
+    {"RequestThreadMain [DEBUG] Dummy command TINDEX=%x\n", 0, Wanted::kNone, -1, {},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/false},
     /* 4 PRESET: runs even when the thread is being stopped */
     {"RequestThreadMain [DEBUG] PRESET command TINDEX=%x\n", 0, Wanted::kNone, -1,
-     {{false, &CCamRequester::SendCamPresetCommand}}, false, false},
+     {{kRunAnyway, &CCamRequester::SendCamPresetCommand}},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/false},
     /* 5 play-back start: setting the session up is the whole start */
     {kStartLine, 13, Wanted::kPlayBackOn, CAM_HTTP_EVT_START,
-     {{true, &CCamRequester::OpenSessionCommand}, {true, &CCamRequester::SetupSessionCommand}},
-     false, true},
+     {{kCheckFirst, &CCamRequester::OpenSessionCommand},
+      {kCheckFirst, &CCamRequester::SetupSessionCommand}},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/true},
     /* 6 play-back stop */
     {kStopLine, 14, Wanted::kPlayBackOff, CAM_HTTP_EVT_STOP,
-     {{true, &CCamRequester::KelStreamStopCommand}}, false, false},
+     {{kCheckFirst, &CCamRequester::KelStreamStopCommand}},
+     /*bKeepAliveTail=*/false, /*bCheckAtEnd=*/false},
 };
 // clang-format on
 constexpr int kDispatchCount = sizeof(kDispatchTable) / sizeof(kDispatchTable[0]);

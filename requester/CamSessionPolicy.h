@@ -75,17 +75,41 @@ struct CmdTypeRule {
 };
 
 // The row of every command type that a class does not have.
-constexpr CmdTypeRule kUndefinedCmdType = {false,
-                                           TableKind::kNone,
-                                           SetupKind::kUndefined,
-                                           PresetKind::kUndefined,
-                                           StreamCheckKind::kUndefined,
-                                           EarlyRestartKind::kUndefined,
-                                           UidGoneKind::kUndefined,
-                                           nullptr,
-                                           nullptr};
+constexpr CmdTypeRule kUndefinedCmdType = [] {
+  CmdTypeRule r{};
+  r.bOpens = false;  // OpenSessionCommand refuses it
+  r.eTable = TableKind::kNone;
+  r.eSetup = SetupKind::kUndefined;
+  r.ePreset = PresetKind::kUndefined;
+  r.eStreamCheck = StreamCheckKind::kUndefined;
+  r.eEarlyRestart = EarlyRestartKind::kUndefined;
+  r.eUidGone = UidGoneKind::kUndefined;
+  r.pcUidLine = nullptr;         // UidInvalid prints its undefined-type line
+  r.pcNoDeliveryWord = nullptr;  // refused as undefined, not by name
+  return r;
+}();
 
 constexpr int kMaxCmdTypes = 8;
+
+// The row of a command type that the class has (OpenSessionCommand accepts
+// it); the enums name themselves, pcUidLine and pcNoDeliveryWord as in
+// CmdTypeRule.
+constexpr CmdTypeRule OpenedCmdType(TableKind eTable, SetupKind eSetup, PresetKind ePreset,
+                                    StreamCheckKind eStreamCheck, EarlyRestartKind eEarlyRestart,
+                                    UidGoneKind eUidGone, const char* pcUidLine,
+                                    const char* pcNoDeliveryWord) {
+  CmdTypeRule r{};
+  r.bOpens = true;
+  r.eTable = eTable;
+  r.eSetup = eSetup;
+  r.ePreset = ePreset;
+  r.eStreamCheck = eStreamCheck;
+  r.eEarlyRestart = eEarlyRestart;
+  r.eUidGone = eUidGone;
+  r.pcUidLine = pcUidLine;
+  r.pcNoDeliveryWord = pcNoDeliveryWord;
+  return r;
+}
 
 // The class's part of UidInvalid for a type whose rule says kNotify: forget
 // the UID and tell the upper layer that the stream is gone.

@@ -12,20 +12,23 @@ using Rtp = CCamRequester_Cgi_Kobu_Rtp;
 // Words of the command types 0..5, one 10-character cell each.
 constexpr char kTypeWords[][10] = {"h264", "audio", "mpeg4", "play", "h264play", "error"};
 
-constexpr campar::CamParamTraits kRtpTraits = {
-    "CCamRequester_Cgi_Kobu_Rtp",
-    false,  // the dispatcher alone refuses a null record
-    CAM_REQUESTER_CMD_H264_PLAY,
-    CAM_REQUESTER_CMD_RTP_INVALID,
-    kTypeWords[0],
-    sizeof(kTypeWords[0]),
-    "R:%s",
-    false,  // no frame rate or resolution for RTP streams
-    false,
-    {"GetKelInfo [ERROR] IP unmach [Param:%s]!=[Setup:%s]\n",
-     "GetKelInfo [ERROR] PORT# unmach [Param%d]!=[Setup:%d]\n",
-     "GetKelInfo [ERROR] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n",
-     "GetKelInfo [Error] pParam invalid\n"}};
+constexpr campar::CamParamTraits kRtpTraits = [] {
+  campar::CamParamTraits t{};
+  t.pcClassName = "CCamRequester_Cgi_Kobu_Rtp";
+  t.bSetterChecksNull = false;  // the dispatcher alone refuses a null record
+  t.iHighestCmdType = CAM_REQUESTER_CMD_H264_PLAY;
+  t.iInvalidCmdType = CAM_REQUESTER_CMD_RTP_INVALID;
+  t.pcTypeWords = kTypeWords[0];
+  t.uTypeWordCell = sizeof(kTypeWords[0]);
+  t.pcPrefixFormat = "R:%s";
+  t.bComparesFrameAndResolution = false;  // no frame rate or resolution for RTP streams
+  t.bPrintsKelInfoOut = false;            // SetParameterKelInfo stores silently
+  t.sKelInfo.pcIpUnmatch = "GetKelInfo [ERROR] IP unmach [Param:%s]!=[Setup:%s]\n";
+  t.sKelInfo.pcPortUnmatch = "GetKelInfo [ERROR] PORT# unmach [Param%d]!=[Setup:%d]\n";
+  t.sKelInfo.pcModelUnmatch = "GetKelInfo [ERROR] MODEL unmach [Param:%s(%d)]!=[Setup:%s(%d)]\n";
+  t.sKelInfo.pcNullRecord = "GetKelInfo [Error] pParam invalid\n";
+  return t;
+}();
 
 // The parameter kinds of the RTP requester; 8, 9 and 23 are not among them.
 constexpr campar::SetterEntry<Rtp> kSetters[] = {

@@ -22,44 +22,50 @@ using camses::UidGoneKind;
 
 }  // namespace
 
-const camses::SessionPolicy kRtpPolicy = {
-    "CCamRequester_Cgi_Kobu_Rtp",
-    "Rtp",
-    "RTP",
-    "RTP",
-    "StreamStopCommandExec",
-    &camses::kRtpVideoTable,
-    &camses::kRtpAudioTable,
-    5,
-    {
-        // 0 H.264 live
-        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
-         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] H.264:\n", nullptr},
-        // 1 G.726 audio: no set-up, no preset; a recorder's audio is not checked
-        {true, TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip, StreamCheckKind::kAudio,
-         EarlyRestartKind::kNever, UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726:\n", nullptr},
-        // 2 MPEG-4 live
-        {true, TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
-         EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] MPEG4:\n", nullptr},
-        // 3 MPEG-4 play-back: set up only, delivered by the recorder on its own
-        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
-         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
-         nullptr, "MPEG4_PLAY"},
-        // 4 H.264 play-back
-        {true, TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined,
-         StreamCheckKind::kUndefined, EarlyRestartKind::kUndefined, UidGoneKind::kUndefined,
-         nullptr, "H264_PLAY"},
-    },
-    "CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand [DEBUG] ConnectErrorReset\n",
-    nullptr,  // a stop outside STOP is silent
-    nullptr,  // the stream check has no first line
-    "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_RTP\n",
-    "KelSetupSessionCommandExec [Error] DoRequest failed\n",
-    false,  // there is no push session
-    false,  // no Quillon UID to release
-    -1,     // a refused session line fails the set-up
-    ForgetRtpUid,
-};
+constexpr camses::SessionPolicy kRtpPolicy = [] {
+  camses::SessionPolicy p{};
+  p.pcClassName = "CCamRequester_Cgi_Kobu_Rtp";
+  p.pcWireWord = "Rtp";
+  p.pcLineWord = "RTP";
+  p.pcStallWord = "RTP";
+  p.pcStopRefusalName = "StreamStopCommandExec";
+  p.pVideoTable = &camses::kRtpVideoTable;
+  p.pAudioTable = &camses::kRtpAudioTable;
+  // One row per command type; the rows past iCmdTypeCount are never read
+  // (RuleFor answers kUndefinedCmdType).
+  p.iCmdTypeCount = 5;
+  // 0 H.264 live
+  p.asRules[0] = camses::OpenedCmdType(
+      TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
+      EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] H.264:\n", nullptr);
+  // 1 G.726 audio: no set-up, no preset; a recorder's audio is not checked
+  p.asRules[1] = camses::OpenedCmdType(TableKind::kAudio, SetupKind::kNone, PresetKind::kSkip,
+                                       StreamCheckKind::kAudio, EarlyRestartKind::kNever,
+                                       UidGoneKind::kKeep, "UidInvalid [DEBUG] G.726:\n", nullptr);
+  // 2 MPEG-4 live
+  p.asRules[2] = camses::OpenedCmdType(
+      TableKind::kVideo, SetupKind::kLive, PresetKind::kRun, StreamCheckKind::kQuery,
+      EarlyRestartKind::kCheck, UidGoneKind::kNotify, "UidInvalid [DEBUG] MPEG4:\n", nullptr);
+  // 3 MPEG-4 play-back: set up only, delivered by the recorder on its own
+  p.asRules[3] = camses::OpenedCmdType(
+      TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined, StreamCheckKind::kUndefined,
+      EarlyRestartKind::kUndefined, UidGoneKind::kUndefined, nullptr, "MPEG4_PLAY");
+  // 4 H.264 play-back
+  p.asRules[4] = camses::OpenedCmdType(
+      TableKind::kVideo, SetupKind::kPlayBack, PresetKind::kUndefined, StreamCheckKind::kUndefined,
+      EarlyRestartKind::kUndefined, UidGoneKind::kUndefined, nullptr, "H264_PLAY");
+  p.pcSetupResetLine =
+      "CCamRequester_Cgi_Kobu_Rtp::SetupSessionCommand [DEBUG] ConnectErrorReset\n";
+  p.pcStreamStopNop = nullptr;     // a stop outside STOP is silent
+  p.pcStreamCheckStart = nullptr;  // the stream check has no first line
+  p.pcRecorderAudioCheck = "CheckStreamStart [DEBUG] CAM_REQUESTER_CMD_G726_RTP\n";
+  p.pcRecorderRequestFailed = "KelSetupSessionCommandExec [Error] DoRequest failed\n";
+  p.bClosesPushOnStop = false;        // there is no push session
+  p.bStopReleasesQuillonUid = false;  // no Quillon UID to release
+  p.iUidLineRefusedResult = -1;       // a refused session line fails the set-up
+  p.pfnUidGone = ForgetRtpUid;
+  return p;
+}();
 
 }  // namespace rtpses
 

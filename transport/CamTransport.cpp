@@ -11,7 +11,7 @@
 
 namespace camtr {
 
-const TransportTraits kRtpTransport = [] {
+constexpr TransportTraits kRtpTransport = [] {
   TransportTraits t{};
   t.pcClassName = "CCamRequester_Cgi_Kobu_Rtp";
   t.bUsesProxy = false;              // always straight to the camera
@@ -23,7 +23,7 @@ const TransportTraits kRtpTransport = [] {
   return t;
 }();
 
-const TransportTraits kHttpTransport = [] {
+constexpr TransportTraits kHttpTransport = [] {
   TransportTraits t{};
   t.pcClassName = "CCamRequester_Cgi_Kobu_Http";
   t.bUsesProxy = true;                // through the proxy unless the camera is an exception
@@ -140,8 +140,9 @@ int CloseSessionPush(CCamRequester& rReq, CamRequesterFields& rF) {
                         "CloseSessionPush", static_cast<void*>(rF.psSessionPush),
                         static_cast<void*>(rF.psSession));
   if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP || rF.iCmdType == CAM_REQUESTER_CMD_G726_HTTP) {
-    // The upper layer lets go of the handle before it is closed.
-    if (CCamRequesterNotify* pUpper = camses::UpperLayer(rF)) {
+    // The upper layer lets go of the handle before it is closed, even while
+    // the requester is being destroyed: it may still be reading the push.
+    if (CCamRequesterNotify* pUpper = camses::PushHolder(rF)) {
       pUpper->NotifyCamRequesterHandle(rF.iUid, nullptr);
     } else if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP) {
       rReq.CamReqCOM_printf("StreamStartCommandExec [Error] JPEG p_notify_to_upper=NULL\n");
