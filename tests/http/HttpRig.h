@@ -133,8 +133,8 @@ class HttpRig {
   }
 
   // The upper layer stops reading and takes no more handles, then destroys
-  // the requester: while it is being destroyed the requester tells nothing,
-  // so it cannot take a handle back.
+  // the requester (which still takes back a push it handed over, and tells
+  // nothing else while it is being destroyed).
   void Destroy() {
     notify.Detach();
     req.reset();
@@ -146,20 +146,26 @@ class HttpRig {
   std::unique_ptr<CCamRequester_Cgi_Kobu_Http> req;
 };
 
-// Shared fixture: short idle rounds, and nothing left behind by a test.
+// Shared fixture: short idle rounds, and nothing left behind by a test: no
+// descriptor, no message buffer.
 class HttpRequesterTest : public ::testing::Test {
  protected:
   void SetUp() override {
     KXCOM_SetWaitDivisor(kWaitDivisor);
     m_iFdsBefore = camtest::OpenFdCount();
+    m_iBuffersBefore = KXCOM_LiveBufferCount();
   }
   void TearDown() override {
     EXPECT_TRUE(
         camtest::WaitUntil([&] { return camtest::OpenFdCount() <= m_iFdsBefore; }, seconds(5)))
         << "descriptors left open: " << camtest::OpenFdCount() - m_iFdsBefore;
+    EXPECT_TRUE(
+        camtest::WaitUntil([&] { return KXCOM_LiveBufferCount() == m_iBuffersBefore; }, seconds(5)))
+        << "message buffers left behind: " << KXCOM_LiveBufferCount() - m_iBuffersBefore;
     KXCOM_SetWaitDivisor(1);
   }
   int m_iFdsBefore = 0;
+  int m_iBuffersBefore = 0;
 };
 
 // Requests time out after 5 s / this in the tests that wait for time-outs.

@@ -37,7 +37,8 @@ void PushReaderNotify::NotifyCamRequesterHandle(int iUid, HTTP_SESSION* psHandle
     HTTP_SESSION* psOld = nullptr;
     {
       std::lock_guard<std::mutex> lock(m_mutex);
-      psOld = m_psHeld;
+      psOld = m_psHanded;
+      m_psHanded = nullptr;
     }
     StopReading();
     // Still ours until we return: the socket of the session must be alive.
@@ -48,7 +49,7 @@ void PushReaderNotify::NotifyCamRequesterHandle(int iUid, HTTP_SESSION* psHandle
     }
     {
       std::lock_guard<std::mutex> lock(m_mutex);
-      m_events.push_back({iUid, nullptr, bOpen, false});
+      m_events.push_back({iUid, nullptr, bOpen, false, psOld != nullptr});
     }
     Changed();
     return;
@@ -56,6 +57,7 @@ void PushReaderNotify::NotifyCamRequesterHandle(int iUid, HTTP_SESSION* psHandle
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_events.push_back({iUid, psHandle, false, m_psHeld == nullptr});
+    m_psHanded = psHandle;
   }
   StopReading();  // a hand-over over a held handle is recorded above
   {

@@ -46,6 +46,10 @@ class PushReaderNotify : public CCamRequesterNotify {
     bool bOpenWhenWithdrawn;
     // Hand-overs only: no earlier handle was still held.
     bool bNothingHeld;
+    // Withdrawals only: a handle had been handed over and not yet taken
+    // back (whether or not it was being read). A requester being destroyed
+    // may take back a push it never handed over.
+    bool bHanded = false;
   };
 
   explicit PushReaderNotify(Media eMedia = Media::kJpeg) : m_eMedia(eMedia) {}
@@ -111,7 +115,8 @@ class PushReaderNotify : public CCamRequesterNotify {
   mutable std::condition_variable m_changed;
   std::vector<SessionInfo> m_infos;
   std::vector<HandleEvent> m_events;
-  HTTP_SESSION* m_psHeld = nullptr;  // the handle the reader reads
+  HTTP_SESSION* m_psHeld = nullptr;    // the handle the reader reads
+  HTTP_SESSION* m_psHanded = nullptr;  // the handle handed over and not yet taken back
   std::thread m_reader;
   std::atomic<bool> m_bStop{false};
   std::atomic<bool> m_bDetached{false};
