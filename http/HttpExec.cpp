@@ -58,7 +58,8 @@ int BuildUidRelease(CCamRequester& rReq, const CamRequesterFields&, char* pcCgi)
 // Fields: name, builder, result and text of a refusal, AddHeader, DoRequest2,
 // buffer before authentication, credentials printed, UidInvalid after a failed
 // open, a recorder's result then, open-failure line, address line, line after
-// a failed request, reply check, line after a complete exchange.
+// a failed request, reply check, line after a complete exchange (and, for the
+// play-back keep-alive, the calls per exchange).
 const ExchangeSpec kStopSpec = {"StreamStopCommandExec",
                                 BuildStop,
                                 0,
@@ -126,6 +127,7 @@ const ExchangeSpec kKeepAliveSpec = {"SendKeepAliveCommandExec",
                                      "SendKeepAliveCommandExec OUT!!!!!. \n"};
 
 // A failed play-back keep-alive of a camera forgets its UID like any exchange.
+// Unlike the RTP requester's it counts no calls: every call sends.
 const ExchangeSpec kPlayBackKeepAliveSpec = {
     "SendPBKeepAliveCommandExec",
     BuildKeepAlive,
@@ -141,7 +143,8 @@ const ExchangeSpec kPlayBackKeepAliveSpec = {
     AddressLine::kLineWord,
     "SendPBKeepAliveCommandExec [Error] DoRequest failed\n",
     camses::ParsePlayBackKeepAliveReply,
-    nullptr};
+    nullptr,
+    0};
 
 // A preset answered with a 4xx status still counts as moved (DoRequest2).
 const ExchangeSpec kPresetSpec = {"SendCamPresetCommandExec",

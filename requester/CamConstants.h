@@ -12,7 +12,8 @@ constexpr int kRequestModule = 42;
 // A keep-alive goes to the camera on every kKeepAliveTicks-th round; writing
 // kKeepAliveTicks into the counter makes the very next call send.
 constexpr int kKeepAliveTicks = 300;
-// The play-back keep-alive of a recorder counts its own calls.
+// The RTP requester's play-back keep-alive goes out on every kPBKeepAliveTicks-th
+// call (the HTTP requester's on every call).
 constexpr int kPBKeepAliveTicks = 30;
 // The stream check of a running stream runs on every kStreamCheckTicks-th round.
 constexpr int kStreamCheckTicks = 150;

@@ -3,6 +3,7 @@
 // builder each worker takes, the twelve-argument stream notification of the
 // set-up and of a forgotten UID.
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
+#include "CamConstants.h"
 #include "CamExchange.h"
 #include "CamNotify.h"
 #include "RtpPolicy.h"
@@ -115,7 +116,8 @@ const ExchangeSpec kKeepAliveSpec = {"SendKeepAliveCommandExec",
                                      camses::ParseKeepAliveReply,
                                      "SendKeepAliveCommandExec OUT!!!!!. \n"};
 
-// A failed play-back keep-alive never forgets the UID.
+// A failed play-back keep-alive never forgets the UID. It goes out on
+// every 30th call only.
 const ExchangeSpec kPlayBackKeepAliveSpec = {"SendPBKeepAliveCommandExec",
                                              BuildKeepAlive,
                                              0,
@@ -130,7 +132,8 @@ const ExchangeSpec kPlayBackKeepAliveSpec = {"SendPBKeepAliveCommandExec",
                                              AddressLine::kLineWord,
                                              nullptr,
                                              camses::ParsePlayBackKeepAliveReply,
-                                             nullptr};
+                                             nullptr,
+                                             kPBKeepAliveTicks};
 
 const ExchangeSpec kIframeSpec = {"SendCamIframInstCommandExec",
                                   BuildIframe,

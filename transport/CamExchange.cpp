@@ -281,7 +281,9 @@ int RunKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolic
 
 int RunPlayBackKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                          const ExchangeSpec& rSpec) {
-  if (!CountTick(rF.m_iPBKeepAliveCount, kPBKeepAliveTicks)) return 0;
+  if (rSpec.iPlayBackTicks > 0 && !CountTick(rF.m_iPBKeepAliveCount, rSpec.iPlayBackTicks)) {
+    return 0;
+  }
   return RunExchange(rReq, rF, rP, rSpec);
 }
 

@@ -5,7 +5,8 @@
 //                        request line, headers, authentication, the zeroed
 //                        2048-byte reply, request, reply check, free, close;
 //   RunKeepAlive         the same on every 300th call;
-//   RunPlayBackKeepAlive the same on every 30th call;
+//   RunPlayBackKeepAlive the same, on every call or on every Nth where the
+//                        class counts them (ExchangeSpec::iPlayBackTicks);
 //   RunStopExchange      the stream stop: library calls made directly, the
 //                        result only classified, then the recorder logout;
 //   RecorderLogin/Logout the recorder exchanges into the caller's buffer,
@@ -60,6 +61,9 @@ struct ExchangeSpec {
   const char* pcRequestFailedText;  // printed after a failed request (no conversion), or null
   ParseFn pfnParse;                 // the reply check, or null: the reply is not read
   const char* pcDoneText;           // printed after a complete exchange (no conversion), or null
+  // RunPlayBackKeepAlive: the exchange goes out on every Nth call only,
+  // counted in m_iPBKeepAliveCount; 0: on every call, nothing counted.
+  int iPlayBackTicks = 0;
 };
 
 // Reply checks of both classes' keep-alives.
@@ -71,6 +75,7 @@ int RunExchange(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy
 // "SendKeepAliveCommandExec IN!!!!!. \n" and the exchange on every 300th call.
 int RunKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                  const ExchangeSpec& rSpec);
+// The exchange on every rSpec.iPlayBackTicks-th call, or on every call.
 int RunPlayBackKeepAlive(CCamRequester& rReq, CamRequesterFields& rF, const SessionPolicy& rP,
                          const ExchangeSpec& rSpec);
 // Always 0 once the request went out; with bClosesPushOnStop the push
