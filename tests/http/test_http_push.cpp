@@ -1,7 +1,7 @@
 // The roads of a push stream through the public interface: JPEG from a
-// camera, a Quillon camera and a recorder, G.726 over HTTP, play-back, and
-// a start retried while a push runs. The upper layer reads every handed-over
-// push on its own reader thread.
+// camera, a Quillon camera and a recorder (each on 127.0.0.1 and ::1), G.726
+// over HTTP, play-back, and a start retried while a push runs. The upper
+// layer reads every handed-over push on its own reader thread.
 #include "HttpRig.h"
 #include "HttpRoads.h"
 
@@ -10,10 +10,14 @@ namespace {
 
 class PushRoadTest : public HttpRequesterTest {};
 
-TEST_F(PushRoadTest, CameraJpegLiveCarriesRateAndResolutionAndIsWithdrawnBeforeClosing) {
+// The JPEG road on either loopback address.
+class JpegRoadTest : public HttpRequesterTest, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(JpegRoadTest, CameraJpegLiveCarriesRateAndResolutionAndIsWithdrawnBeforeClosing) {
   RigOptions sOptions;
   sOptions.usFrate = 11;      // "30"
   sOptions.usResolution = 1;  // "320"
+  sOptions.sAddress = GetParam();
   HttpRig rig(sOptions);
   camtest::PrintCapture capture;
   rig.Configure();
@@ -53,10 +57,11 @@ TEST_F(PushRoadTest, CameraJpegLiveCarriesRateAndResolutionAndIsWithdrawnBeforeC
   EXPECT_TRUE(rig.device->WaitForOpenConnections(0, seconds(5)));
 }
 
-TEST_F(PushRoadTest, QuillonCameraChangesModeFirstAndReleasesTheUidOnStop) {
+TEST_P(JpegRoadTest, QuillonCameraChangesModeFirstAndReleasesTheUidOnStop) {
   RigOptions sOptions;
   sOptions.iModel = CAM_REQUESTER_CAMTYPE_CAM13;
   sOptions.usFrate = 9;  // "10"
+  sOptions.sAddress = GetParam();
   HttpRig rig(sOptions);
   camtest::PrintCapture capture;
   rig.Configure();
@@ -165,9 +170,10 @@ TEST_F(PushRoadTest, PresetGoesBeforeThePushAndA4xxStillCountsAsMoved) {
   ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE)) << capture.All();
 }
 
-TEST_F(PushRoadTest, RecorderLogsInPushesKeepsAliveAndLogsOut) {
+TEST_P(JpegRoadTest, RecorderLogsInPushesKeepsAliveAndLogsOut) {
   RigOptions sOptions;
   sOptions.iModel = CAM_REQUESTER_CAMTYPE_KE850;
+  sOptions.sAddress = GetParam();
   HttpRig rig(sOptions);
   camtest::PrintCapture capture;
   rig.Configure();
@@ -322,6 +328,11 @@ TEST_F(PushRoadTest, RetriedStartWhosePushIsRefusedEndsInError) {
   rig.req->RequestStop();
   ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_IDLE));
 }
+
+INSTANTIATE_TEST_SUITE_P(Loopback, JpegRoadTest, ::testing::Values("127.0.0.1", "::1"),
+                         [](const ::testing::TestParamInfo<const char*>& rInfo) {
+                           return std::string(rInfo.param[0] == ':' ? "V6" : "V4");
+                         });
 
 }  // namespace
 }  // namespace httptest
