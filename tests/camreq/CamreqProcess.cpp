@@ -45,7 +45,8 @@ bool Process::Start(const std::string& sProgram, const std::vector<std::string>&
   std::vector<char*> apcArgv;
   for (std::string& s : asAll) apcArgv.push_back(&s[0]);
   apcArgv.push_back(nullptr);
-  const int iRc = posix_spawn(&m_pid, sProgram.c_str(), &sActions, nullptr, apcArgv.data(), environ);
+  const int iRc =
+      posix_spawn(&m_pid, sProgram.c_str(), &sActions, nullptr, apcArgv.data(), environ);
   posix_spawn_file_actions_destroy(&sActions);
   if (iRc != 0) m_pid = -1;
   return iRc == 0;
@@ -71,8 +72,12 @@ void Process::Signal(int iSignal) {
   if (m_pid > 0 && !m_bEnded) kill(m_pid, iSignal);
 }
 
-std::string Process::Out() const { return ReadFile(m_sOutPath); }
-std::string Process::Err() const { return ReadFile(m_sErrPath); }
+std::string Process::Out() const {
+  return ReadFile(m_sOutPath);
+}
+std::string Process::Err() const {
+  return ReadFile(m_sErrPath);
+}
 
 bool Process::WaitForOutput(const std::string& sPart, std::chrono::milliseconds tLimit) {
   const auto tEnd = std::chrono::steady_clock::now() + tLimit;

@@ -19,7 +19,9 @@ using camreq::RequesterLog;
 
 const char kPrefix[] = "IP:      127.0.0.1 POS:1 R:h264 ";
 
-std::string Line(const std::string& sMessage) { return kPrefix + sMessage; }
+std::string Line(const std::string& sMessage) {
+  return kPrefix + sMessage;
+}
 
 TEST(CamreqLogWatch, KeepsTransitionsOfItsPositionOnly) {
   LogWatch sWatch;
@@ -40,7 +42,8 @@ TEST(CamreqLogWatch, KeepsTransitionsOfItsPositionOnly) {
 TEST(CamreqLogWatch, TimesAnExchangeFromItsLineToItsClose) {
   LogWatch sWatch;
   sWatch.Watch(1);
-  sWatch.Take(Line("SetupSessionCommandExec [DEBUG] cgi=/cgi-bin/getuid?FILE=2&vcodec=h264. \n"), 1.0);
+  sWatch.Take(Line("SetupSessionCommandExec [DEBUG] cgi=/cgi-bin/getuid?FILE=2&vcodec=h264. \n"),
+              1.0);
   // The set-up reply's parser notes an optional key that is missing.
   sWatch.Take(Line("GetMultiUniSetup [Error] SerachString iMultiAddv6=\n"), 1.001);
   sWatch.Take(Line(" CloseSessionCommand [DEBUG] Session Close [psSession:0x1]\n"), 1.002);
@@ -85,12 +88,14 @@ TEST(CamreqLogWatch, KeepsAConnectionThatFailedBeforeAnyLine) {
 }
 
 TEST(CamreqLogWatch, WordsOfTheFailures) {
-  EXPECT_EQ(camreq::FailureWords("StreamStopCommandExec [ERROR] timeout ret=0x8007000\n"), "timeout");
+  EXPECT_EQ(camreq::FailureWords("StreamStopCommandExec [ERROR] timeout ret=0x8007000\n"),
+            "timeout");
   EXPECT_EQ(camreq::FailureWords(" SendKeepAliveCommandExec [Error] KeepAlive Failed.\n"),
             "refused (no OK in the reply)");
   EXPECT_EQ(camreq::FailureWords("DoRequest [Error] http_get_response failed3:ret =8003000\n"),
             "connection refused or lost");
-  EXPECT_EQ(camreq::FailureWords("StreamStartCommandExec [Error] http_get_response failed2:ret =8000503\n"),
+  EXPECT_EQ(camreq::FailureWords(
+                "StreamStartCommandExec [Error] http_get_response failed2:ret =8000503\n"),
             "HTTP 503");
 }
 

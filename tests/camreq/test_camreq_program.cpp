@@ -143,10 +143,11 @@ TEST(CamreqProgram, SeesARecorderStreamStallAndTheRequesterPushItAgain) {
                             sDir.path(), 1));
   const std::string sJson = sDir.path() + "/summary.json";
   const CamreqRun sRun = RunCamreq(
-      sDir,
-      {"--class", "rtp", "--cmd", "h264", "--type", "KE850", "--address", "127.0.0.1",
-       "--http-port", std::to_string(sCamsim.Port(0)), "--user", "admin", "--password",
-       "password", "--duration", "7", "--speed", "10", "--quiet", "--json", sJson},
+      sDir, {"--class", "rtp",       "--cmd",      "h264",        "--type",
+             "KE850",   "--address", "127.0.0.1",  "--http-port", std::to_string(sCamsim.Port(0)),
+             "--user",  "admin",     "--password", "password",    "--duration",
+             "7",       "--speed",   "10",         "--quiet",     "--json",
+             sJson},
       sJson);
   ASSERT_EQ(sRun.iExit, 0) << sRun.sOut << sRun.sErr;
   const Json& rRec = sRun.sSummary["requesters"][0];
@@ -159,7 +160,8 @@ TEST(CamreqProgram, SeesARecorderStreamStallAndTheRequesterPushItAgain) {
   }
   ASSERT_LT(uStalled, rQueries.size()) << rQueries.dump();
   bool bBack = false;
-  for (size_t i = uStalled + 1; i < rQueries.size(); ++i) bBack = bBack || rQueries[i]["answer"] == 0;
+  for (size_t i = uStalled + 1; i < rQueries.size(); ++i)
+    bBack = bBack || rQueries[i]["answer"] == 0;
   EXPECT_TRUE(bBack) << rQueries.dump();
   // The requester pushed the start again after the stall.
   int iStarts = 0;
@@ -239,17 +241,63 @@ TEST(CamreqProgram, AudioRunsOnTheUidOfAVideoRequesterBesideIt) {
   EXPECT_EQ(rAll[1]["rtp"]["payload_type"], 97);
 }
 
+// Counts the requests camsim --verbose printed with a Via header (a proxy's).
+int ViaLines(const std::string& sCamsimErr) {
+  int iCount = 0;
+  for (size_t uAt = 0; (uAt = sCamsimErr.find("camsim:   Via: ", uAt)) != std::string::npos;
+       ++uAt) {
+    ++iCount;
+  }
+  return iCount;
+}
+
+TEST(CamreqProgram, GoesThroughTheProxyUnlessTheCameraIsAnException) {
+  CAMTEST_REQUIRE_PROGRAM(sTinyproxy, "tinyproxy");
+  camtest::TempDir sDir;
+  camtest::ChildServer sProxy;
+  const unsigned short usProxyPort = camtest::UnusedPort("127.0.0.1");
+  ASSERT_TRUE(camtest::StartTinyproxy(sProxy, sDir, sTinyproxy, usProxyPort));
+  Process sCamsim;
+  ASSERT_TRUE(sCamsim.Start(
+      CAMSIM_PROGRAM, {"--verbose", "--listen", "127.0.0.1:0", "--model", "7", "--delivery", "uni"},
+      sDir.path(), "camsim"));
+  ASSERT_TRUE(sCamsim.WaitForOutput(" port ", kStartLimit));
+  const std::string sPort = std::to_string(CamsimPort(sCamsim.Out(), 0));
+  const std::string sProxyOption = "127.0.0.1:" + std::to_string(usProxyPort);
+  const std::string sJson = sDir.path() + "/summary.json";
+  // The HTTP requester takes the proxy (the RTP one always goes direct).
+  CamreqRun sRun =
+      RunCamreq(sDir,
+                {"--cmd", "jpeg", "--address", "127.0.0.1", "--http-port", sPort, "--proxy",
+                 sProxyOption, "--duration", "1", "--speed", "10", "--quiet", "--json", sJson},
+                sJson);
+  ASSERT_EQ(sRun.iExit, 0) << sRun.sOut << sRun.sErr;
+  EXPECT_GT(sRun.sSummary["requesters"][0]["push"]["pictures"].get<uint64_t>(), 0u);
+  const int iThrough = ViaLines(sCamsim.Err());
+  EXPECT_GE(iThrough, 4) << sCamsim.Err();  // UID, start, keep-alive, stop
+  sRun = RunCamreq(sDir,
+                   {"--cmd", "jpeg", "--address", "127.0.0.1", "--http-port", sPort, "--proxy",
+                    sProxyOption, "--proxy-except", "10.*.*.*", "--proxy-except", "127.0.0.*",
+                    "--duration", "1", "--speed", "10", "--quiet", "--json", sJson},
+                   sJson);
+  ASSERT_EQ(sRun.iExit, 0) << sRun.sOut << sRun.sErr;
+  EXPECT_GT(sRun.sSummary["requesters"][0]["push"]["pictures"].get<uint64_t>(), 0u);
+  EXPECT_EQ(ViaLines(sCamsim.Err()), iThrough) << "an exception went through the proxy";
+  sCamsim.Signal(SIGTERM);
+  sCamsim.WaitEnd(kStartLimit);
+}
+
 TEST(CamreqProgram, StopsCleanlyOnSigterm) {
   camtest::TempDir sDir;
   Camsim sCamsim;
   ASSERT_TRUE(sCamsim.Start({"--listen", "127.0.0.1:0", "--model", "7"}, sDir.path(), 1));
   const std::string sJson = sDir.path() + "/summary.json";
   Process sCamreq;
-  ASSERT_TRUE(sCamreq.Start(CAMREQ_PROGRAM,
-                            {"--cmd", "jpeg", "--address", "127.0.0.1", "--http-port",
-                             std::to_string(sCamsim.Port(0)), "--duration", "0", "--speed", "10",
-                             "--json", sJson},
-                            sDir.path(), "camreq"));
+  ASSERT_TRUE(sCamreq.Start(
+      CAMREQ_PROGRAM,
+      {"--cmd", "jpeg", "--address", "127.0.0.1", "--http-port", std::to_string(sCamsim.Port(0)),
+       "--duration", "0", "--speed", "10", "--json", sJson},
+      sDir.path(), "camreq"));
   // The live lines come once a second; the first with RUN shows the push.
   ASSERT_TRUE(sCamreq.WaitForOutput(" RUN ", kStartLimit)) << sCamreq.Out() << sCamreq.Err();
   sCamreq.Signal(SIGTERM);
@@ -322,7 +370,8 @@ TEST(CamreqBadInput, InvalidAddress) {
 }
 
 TEST(CamreqBadInput, PortOutOfRange) {
-  ExpectBadInput({"--address", "127.0.0.1", "--http-port", "70000"}, "HTTP port 70000 is out of range");
+  ExpectBadInput({"--address", "127.0.0.1", "--http-port", "70000"},
+                 "HTTP port 70000 is out of range");
   ExpectBadInput({"--rtp-port", "-1"}, "RTP port -1 is out of range");
   ExpectBadInput({"--http-port", "eighty"}, "HTTP port 'eighty' is not a number");
 }

@@ -107,8 +107,8 @@ std::string CamTypeName(int iType) {
       break;
   }
   if (iType < 0 || iType > CAM_REQUESTER_CAMTYPE_MAX) return "?";
-  std::snprintf(acName, sizeof(acName), IsKelRecorder(static_cast<unsigned>(iType)) ? "KEL%02d" : "CAM%02d",
-                iType);
+  std::snprintf(acName, sizeof(acName),
+                IsKelRecorder(static_cast<unsigned>(iType)) ? "KEL%02d" : "CAM%02d", iType);
   return acName;
 }
 

@@ -49,7 +49,8 @@ void Events::Observe(int iCode, int iCamera, const char* pcAddress, int iPositio
                      void* pvContext) {
   auto* self = static_cast<Events*>(pvContext);
   std::lock_guard<std::mutex> lock(self->m_mutex);
-  self->m_alarms.push_back({Now(), iCode, iCamera, pcAddress != nullptr ? pcAddress : "", iPosition});
+  self->m_alarms.push_back(
+      {Now(), iCode, iCamera, pcAddress != nullptr ? pcAddress : "", iPosition});
 }
 
 void Events::ReceiveLoop() {

@@ -18,8 +18,8 @@ std::string Trim(const std::string& sText) {
   size_t uBegin = 0;
   size_t uEnd = sText.size();
   while (uBegin < uEnd && (sText[uBegin] == ' ' || sText[uBegin] == '\t')) ++uBegin;
-  while (uEnd > uBegin && (sText[uEnd - 1] == '\n' || sText[uEnd - 1] == '\r' ||
-                           sText[uEnd - 1] == ' ')) {
+  while (uEnd > uBegin &&
+         (sText[uEnd - 1] == '\n' || sText[uEnd - 1] == '\r' || sText[uEnd - 1] == ' ')) {
     --uEnd;
   }
   return sText.substr(uBegin, uEnd - uBegin);
@@ -42,9 +42,12 @@ bool EndsInFailure(const std::string& sMessage, const std::string& sWorker) {
   if (!IsErrorLine(sMessage)) return false;
   const std::string sOperation = Operation(sMessage);
   if (sOperation == sWorker) return Trim(sMessage).compare(sWorker.size(), 1, " ") == 0;
-  static const char* const kTransport[] = {"DoRequest",           "DoRequest2",
-                                           "SetUrl",              "AddHeader",
-                                           "CheckCamInfo_RcvData", "GetSelfAddress",
+  static const char* const kTransport[] = {"DoRequest",
+                                           "DoRequest2",
+                                           "SetUrl",
+                                           "AddHeader",
+                                           "CheckCamInfo_RcvData",
+                                           "GetSelfAddress",
                                            "KelSetupSessionCommandExec"};
   for (const char* pcName : kTransport) {
     if (sOperation == pcName) return true;

@@ -18,10 +18,10 @@ namespace camreq {
 struct RequesterLog {
   std::vector<Transition> asTransitions;
   std::vector<CgiExchange> asCgi;
-  int iOpen = -1;          // index of the exchange waiting for its end, -1: none
-  int iExchanges = 0;      // CGI lines sent
-  int iKeepAlives = 0;     // of them keep-alives
-  int iFailures = 0;       // exchanges that ended in a failure
+  int iOpen = -1;       // index of the exchange waiting for its end, -1: none
+  int iExchanges = 0;   // CGI lines sent
+  int iKeepAlives = 0;  // of them keep-alives
+  int iFailures = 0;    // exchanges that ended in a failure
 };
 
 class LogWatch {

@@ -12,7 +12,9 @@ namespace {
 // the player of the SDP file listens (the receive port is camreq's own).
 constexpr int kPlayerPortOffset = 2;
 
-std::string Text(const char* pc) { return pc != nullptr && pc[0] != '\0' ? pc : "-"; }
+std::string Text(const char* pc) {
+  return pc != nullptr && pc[0] != '\0' ? pc : "-";
+}
 }  // namespace
 
 CamreqNotify::CamreqNotify(const CameraSpec& rSpec, int iPosition, const std::string& sSaveDir)
@@ -22,7 +24,9 @@ CamreqNotify::CamreqNotify(const CameraSpec& rSpec, int iPosition, const std::st
       m_push(rSpec.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP, sSaveDir,
              "cam" + std::to_string(iPosition)) {}
 
-CamreqNotify::~CamreqNotify() { Stop(); }
+CamreqNotify::~CamreqNotify() {
+  Stop();
+}
 
 bool CamreqNotify::Prepare(const std::string& sInterface, int iRtpPort, std::string* psError) {
   m_sInterface = sInterface;
@@ -43,7 +47,9 @@ void CamreqNotify::Note(const std::string& sText) {
   m_notices.push_back({Now(), sText});
 }
 
-void CamreqNotify::NoteUpper(const std::string& sText) { Note(sText); }
+void CamreqNotify::NoteUpper(const std::string& sText) {
+  Note(sText);
+}
 
 void CamreqNotify::NotifyRtpStream(int iUid, const void*, int iRtpPort, const char* cIpAddr, int,
                                    int iCmdType, int iSelectChNo, int iAudioBitrate,

@@ -17,10 +17,11 @@ namespace camreq {
 
 namespace {
 
-[[noreturn]] void Bad(const std::string& sMessage) { throw BadInput{sMessage}; }
+[[noreturn]] void Bad(const std::string& sMessage) {
+  throw BadInput{sMessage};
+}
 
-long ParseInteger(const std::string& sWhat, const std::string& sText, long lLowest,
-                  long lHighest) {
+long ParseInteger(const std::string& sWhat, const std::string& sText, long lLowest, long lHighest) {
   errno = 0;
   char* pcEnd = nullptr;
   const long lValue = std::strtol(sText.c_str(), &pcEnd, 10);
@@ -155,17 +156,27 @@ void Resolve(CameraSpec& rSpec) {
   if (rSpec.sCommand.empty()) rSpec.sCommand = rSpec.eClass == ReqClass::kRtp ? "h264" : "jpeg";
   const std::string& sCmd = rSpec.sCommand;
   if (rSpec.eClass == ReqClass::kRtp) {
-    if (sCmd == "h264") rSpec.iCmdType = CAM_REQUESTER_CMD_H264_RTP;
-    else if (sCmd == "audio") rSpec.iCmdType = CAM_REQUESTER_CMD_G726_RTP;
-    else if (sCmd == "mpeg4") rSpec.iCmdType = CAM_REQUESTER_CMD_MPEG4_RTP;
-    else if (sCmd == "play") rSpec.iCmdType = CAM_REQUESTER_CMD_MPEG4_PLAY;
-    else if (sCmd == "h264play") rSpec.iCmdType = CAM_REQUESTER_CMD_H264_PLAY;
-    else Bad("command type '" + sCmd + "' needs the http requester class" + sWhere);
+    if (sCmd == "h264")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_H264_RTP;
+    else if (sCmd == "audio")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_G726_RTP;
+    else if (sCmd == "mpeg4")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_MPEG4_RTP;
+    else if (sCmd == "play")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_MPEG4_PLAY;
+    else if (sCmd == "h264play")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_H264_PLAY;
+    else
+      Bad("command type '" + sCmd + "' needs the http requester class" + sWhere);
   } else {
-    if (sCmd == "jpeg") rSpec.iCmdType = CAM_REQUESTER_CMD_JPEG_HTTP;
-    else if (sCmd == "audio") rSpec.iCmdType = CAM_REQUESTER_CMD_G726_HTTP;
-    else if (sCmd == "play") rSpec.iCmdType = CAM_REQUESTER_CMD_JPEG_PLAY;
-    else Bad("command type '" + sCmd + "' needs the rtp requester class" + sWhere);
+    if (sCmd == "jpeg")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_JPEG_HTTP;
+    else if (sCmd == "audio")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_G726_HTTP;
+    else if (sCmd == "play")
+      rSpec.iCmdType = CAM_REQUESTER_CMD_JPEG_PLAY;
+    else
+      Bad("command type '" + sCmd + "' needs the rtp requester class" + sWhere);
   }
 }
 
@@ -230,9 +241,9 @@ bool CameraSpec::Audio() const {
 }
 
 bool CameraSpec::PlayBack() const {
-  return eClass == ReqClass::kRtp ? (iCmdType == CAM_REQUESTER_CMD_MPEG4_PLAY ||
-                                     iCmdType == CAM_REQUESTER_CMD_H264_PLAY)
-                                  : iCmdType == CAM_REQUESTER_CMD_JPEG_PLAY;
+  return eClass == ReqClass::kRtp
+             ? (iCmdType == CAM_REQUESTER_CMD_MPEG4_PLAY || iCmdType == CAM_REQUESTER_CMD_H264_PLAY)
+             : iCmdType == CAM_REQUESTER_CMD_JPEG_PLAY;
 }
 
 int ParsePort(const std::string& sWhat, const std::string& sText, int iLowest) {
@@ -359,7 +370,7 @@ Requester (also the keys of a config section, without the dashes):
   --http-port N             camera HTTP port (default 80, or the embedded device's)
   --rtp-port N              port to receive RTP on (default: a free even port)
   --user U --password P     credentials (HTTP authentication, recorder login)
-  --proxy HOST:PORT         HTTP proxy
+  --proxy HOST:PORT         HTTP proxy of the http requester class (rtp goes direct)
   --proxy-except PATTERN    camera addresses reached without the proxy (repeatable)
   --preset N                preset position to move to at the start (0: none)
   --channel N               channel of a multi-channel camera (0: none)

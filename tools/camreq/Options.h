@@ -13,18 +13,18 @@ enum class ReqClass { kRtp, kHttp };
 
 // One requester: the camera it drives and the parameters it is given.
 struct CameraSpec {
-  std::string sLabel;         // config section name, or "camera"
+  std::string sLabel;  // config section name, or "camera"
   ReqClass eClass = ReqClass::kRtp;
   bool bClassGiven = false;
-  std::string sCommand;       // h264 mpeg4 audio play h264play jpeg; empty: by class
-  int iCmdType = 0;           // the requester's iCmdType, from class and command
-  int iCamType = 7;           // 0..36
-  std::string sAddress;       // numeric IPv4/IPv6; empty: an embedded camsim device
-  int iHttpPort = 0;          // 0: 80, or the embedded device's port
-  int iRtpPort = 0;           // 0: camreq picks a free even port
+  std::string sCommand;  // h264 mpeg4 audio play h264play jpeg; empty: by class
+  int iCmdType = 0;      // the requester's iCmdType, from class and command
+  int iCamType = 7;      // 0..36
+  std::string sAddress;  // numeric IPv4/IPv6; empty: an embedded camsim device
+  int iHttpPort = 0;     // 0: 80, or the embedded device's port
+  int iRtpPort = 0;      // 0: camreq picks a free even port
   std::string sUser;
   std::string sPassword;
-  std::string sProxyHost;     // empty: no proxy
+  std::string sProxyHost;  // empty: no proxy
   int iProxyPort = 0;
   std::vector<std::string> asProxyExcept;
   int iPreset = 0;
@@ -50,11 +50,11 @@ struct CameraSpec {
 
 struct Options {
   bool bHelp = false;
-  bool bTypes = false;     // "camreq types"
-  double dDuration = 10;   // seconds of running; 0: until Ctrl-C or SIGTERM
-  int iRoundDivisor = 0;   // idle round of 100 ms divided by this; 0: 10 embedded, else 1
+  bool bTypes = false;    // "camreq types"
+  double dDuration = 10;  // seconds of running; 0: until Ctrl-C or SIGTERM
+  int iRoundDivisor = 0;  // idle round of 100 ms divided by this; 0: 10 embedded, else 1
   bool bLog = false;
-  bool bQuiet = false;     // no live status lines
+  bool bQuiet = false;  // no live status lines
   std::string sSaveFrames;
   std::string sJson;
   std::string sSdp;

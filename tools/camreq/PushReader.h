@@ -16,18 +16,18 @@
 namespace camreq {
 
 struct PushStats {
-  uint64_t ulPictures = 0;    // whole JPEG pictures
-  uint64_t ulBadParts = 0;    // parts that are no whole JPEG picture
-  uint64_t ulBytes = 0;       // picture or audio bytes
-  uint64_t ulSaved = 0;       // pictures written with --save-frames
+  uint64_t ulPictures = 0;  // whole JPEG pictures
+  uint64_t ulBadParts = 0;  // parts that are no whole JPEG picture
+  uint64_t ulBytes = 0;     // picture or audio bytes
+  uint64_t ulSaved = 0;     // pictures written with --save-frames
   int iHandOvers = 0;
   int iWithdrawals = 0;
-  int iEnds = 0;              // pushes that ended while held
-  uint32_t ulEndCode = 0;     // the read result that ended the last one
+  int iEnds = 0;           // pushes that ended while held
+  uint32_t ulEndCode = 0;  // the read result that ended the last one
   bool bHeld = false;
-  double dTaken = -1;         // when the handle last came
+  double dTaken = -1;  // when the handle last came
   double dFirst = -1;
-  double dLast = -1;          // last picture or audio bytes
+  double dLast = -1;  // last picture or audio bytes
   std::string sSaveError;
 };
 

@@ -18,9 +18,9 @@ const char* StatusName(int iStatus) {
 }
 
 const char* EventName(int iEvent) {
-  static const char* const kNames[] = {"START",    "STOP",  "SETUP_SUCCESS",
+  static const char* const kNames[] = {"START",      "STOP",        "SETUP_SUCCESS",
                                        "SETUP_FAIL", "RUN_SUCCESS", "RUN_FAIL",
-                                       "ERROR",    "RESERVED7", "STOP_DONE"};
+                                       "ERROR",      "RESERVED7",   "STOP_DONE"};
   return iEvent >= 0 && iEvent < 9 ? kNames[iEvent] : "?";
 }
 

@@ -26,11 +26,11 @@ struct Transition {
 // shows how it ended.
 struct CgiExchange {
   double dTime = 0;
-  std::string sWorker;   // the Exec that sent it ("StreamStartCommandExec")
-  std::string sLine;     // the request path and query; empty when no connection was made
+  std::string sWorker;  // the Exec that sent it ("StreamStartCommandExec")
+  std::string sLine;    // the request path and query; empty when no connection was made
   bool bDone = false;
   bool bOk = false;
-  std::string sResult;   // "OK", "HTTP 404", "timeout", "no connection"...
+  std::string sResult;  // "OK", "HTTP 404", "timeout", "no connection"...
   double dLatencyMs = 0;
 };
 
@@ -46,7 +46,7 @@ struct UidMessage {
   double dTime = 0;
   int iPosition = 0;  // screen position (the payload's position plus 1)
   int iCamNo = 0;
-  int iResult = 0;    // 0: UID obtained, 1: not
+  int iResult = 0;  // 0: UID obtained, 1: not
 };
 
 // A call of the notification object, in words.

@@ -52,13 +52,17 @@ int StatusNow(const Unit& rUnit) {
 }
 
 Json AlarmJson(const AlarmReport& r) {
-  const char* pcWords = r.iCode == CAM_ALARM_VIDEO_ERROR_ON   ? "video connection error on"
+  const char* pcWords = r.iCode == CAM_ALARM_VIDEO_ERROR_ON    ? "video connection error on"
                         : r.iCode == CAM_ALARM_AUDIO_ERROR_ON  ? "audio connection error on"
                         : r.iCode == CAM_ALARM_VIDEO_ERROR_OFF ? "video connection error off"
                         : r.iCode == CAM_ALARM_AUDIO_ERROR_OFF ? "audio connection error off"
                                                                : "other";
-  return Json{{"time", Rounded(r.dTime, 0.001)}, {"code", r.iCode},       {"meaning", pcWords},
-              {"camera", r.iCamera},              {"address", r.sAddress}, {"position", r.iPosition}};
+  return Json{{"time", Rounded(r.dTime, 0.001)},
+              {"code", r.iCode},
+              {"meaning", pcWords},
+              {"camera", r.iCamera},
+              {"address", r.sAddress},
+              {"position", r.iPosition}};
 }
 
 Json UidJson(const UidMessage& r) {
@@ -72,7 +76,8 @@ Json UidJson(const UidMessage& r) {
 Json RtpJson(const RtpStats& r) {
   Json sGaps = Json::array();
   for (const auto& rGap : r.asGaps) {
-    sGaps.push_back({{"from", Rounded(rGap.first, 0.001)}, {"seconds", Rounded(rGap.second, 0.001)}});
+    sGaps.push_back(
+        {{"from", Rounded(rGap.first, 0.001)}, {"seconds", Rounded(rGap.second, 0.001)}});
   }
   return Json{{"packets", r.ulPackets},
               {"bytes", r.ulBytes},
@@ -115,11 +120,11 @@ bool UnitSucceeded(const Unit& rUnit, const RequesterLog& rLog) {
 std::string StatusLine(const Unit& rUnit, const RequesterLog& rLog, double dRate) {
   char acHead[160];
   const int iStatus = StatusNow(rUnit);
-  std::snprintf(acHead, sizeof(acHead), "[%d] %-4s %-8s %-6s %s:%d  %-5s uid %-3d cgi %d (ka %d, failed %d)",
-                rUnit.iPosition, rUnit.sSpec.ClassWord(), rUnit.sSpec.sCommand.c_str(),
-                CamTypeName(rUnit.sSpec.iCamType).c_str(), rUnit.sAddress.c_str(),
-                rUnit.iHttpPort, StatusName(iStatus), rUnit.pNotify->Uid(), rLog.iExchanges,
-                rLog.iKeepAlives, rLog.iFailures);
+  std::snprintf(
+      acHead, sizeof(acHead), "[%d] %-4s %-8s %-6s %s:%d  %-5s uid %-3d cgi %d (ka %d, failed %d)",
+      rUnit.iPosition, rUnit.sSpec.ClassWord(), rUnit.sSpec.sCommand.c_str(),
+      CamTypeName(rUnit.sSpec.iCamType).c_str(), rUnit.sAddress.c_str(), rUnit.iHttpPort,
+      StatusName(iStatus), rUnit.pNotify->Uid(), rLog.iExchanges, rLog.iKeepAlives, rLog.iFailures);
   std::string sLine = acHead;
   char acMedia[160];
   if (rUnit.pNotify->IsRtp()) {
@@ -181,8 +186,8 @@ void LiveDisplay::Show(const Units& rUnits, const LogWatch& rLog, double dNow) {
   std::fflush(m_pOut);
 }
 
-nlohmann::ordered_json SummaryJson(const Units& rUnits, const LogWatch& rLog,
-                                   const Events& rEvents, const RunInfo& rRun) {
+nlohmann::ordered_json SummaryJson(const Units& rUnits, const LogWatch& rLog, const Events& rEvents,
+                                   const RunInfo& rRun) {
   const std::vector<AlarmReport> asAlarms = rEvents.Alarms();
   const std::vector<UidMessage> asUids = rEvents.UidMessages();
   Json sOut;
@@ -248,12 +253,13 @@ nlohmann::ordered_json SummaryJson(const Units& rUnits, const LogWatch& rLog,
                  {"transitions", sTransitions},
                  {"cgi", sCgi}};
     sOne["rtp"] = r.pNotify->IsRtp() ? RtpJson(r.pNotify->Rtp()) : Json();
-    sOne["push"] = r.pNotify->IsRtp()
-                       ? Json()
-                       : PushJson(r.pNotify->Push(), r.sSpec.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP);
-    sOne["stream_queries"] = {
-        {"count", sQueries.size()}, {"answered_0", aiAnswers[0]}, {"answered_1", aiAnswers[1]},
-        {"list", sQueries}};
+    sOne["push"] = r.pNotify->IsRtp() ? Json()
+                                      : PushJson(r.pNotify->Push(),
+                                                 r.sSpec.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP);
+    sOne["stream_queries"] = {{"count", sQueries.size()},
+                              {"answered_0", aiAnswers[0]},
+                              {"answered_1", aiAnswers[1]},
+                              {"list", sQueries}};
     sOne["notifications"] = sNotices;
     sOne["alarms"] = sAlarms;
     sOne["uid_messages"] = sUids;
@@ -282,10 +288,12 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
     std::snprintf(acLine, sizeof(acLine), "\n[%d] %s %s, camera type %d %s at %s port %d%s\n",
                   r["position"].get<int>(), r["class"].get<std::string>().c_str(),
                   r["command"].get<std::string>().c_str(), r["camera_type"].get<int>(),
-                  r["type_name"].get<std::string>().c_str(), r["address"].get<std::string>().c_str(),
-                  r["http_port"].get<int>(), r["embedded"].get<bool>() ? " (embedded camsim)" : "");
+                  r["type_name"].get<std::string>().c_str(),
+                  r["address"].get<std::string>().c_str(), r["http_port"].get<int>(),
+                  r["embedded"].get<bool>() ? " (embedded camsim)" : "");
     sOut += acLine;
-    std::snprintf(acLine, sizeof(acLine), "  %s: %s RUN, %s at the end; %d CGI lines (%d keep-alives, %d failed)\n",
+    std::snprintf(acLine, sizeof(acLine),
+                  "  %s: %s RUN, %s at the end; %d CGI lines (%d keep-alives, %d failed)\n",
                   r["succeeded"].get<bool>() ? "ok" : "NOT OK",
                   r["reached_run"].get<bool>() ? "reached" : "never reached",
                   r["final_status"].get<std::string>().c_str(), r["exchanges"].get<int>(),
@@ -293,9 +301,9 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
     sOut += acLine;
     sOut += "  status transitions:\n";
     for (const Json& t : r["transitions"]) {
-      std::snprintf(acLine, sizeof(acLine), "    %8.3f s  %-5s -> %-5s  (%s)\n", t["time"].get<double>(),
-                    t["from"].get<std::string>().c_str(), t["to"].get<std::string>().c_str(),
-                    t["event"].get<std::string>().c_str());
+      std::snprintf(acLine, sizeof(acLine), "    %8.3f s  %-5s -> %-5s  (%s)\n",
+                    t["time"].get<double>(), t["from"].get<std::string>().c_str(),
+                    t["to"].get<std::string>().c_str(), t["event"].get<std::string>().c_str());
       sOut += acLine;
     }
     sOut += "  CGI lines:\n";
@@ -304,7 +312,7 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
                     x["time"].get<double>(), x["worker"].get<std::string>().c_str(),
                     x["result"].get<std::string>().c_str(), x["latency_ms"].get<double>(),
                     x["line"].get<std::string>().empty() ? "(not sent)"
-                                                        : x["line"].get<std::string>().c_str());
+                                                         : x["line"].get<std::string>().c_str());
       sOut += acLine;
     }
     if (!r["rtp"].is_null()) {
@@ -332,7 +340,8 @@ std::string SummaryText(const nlohmann::ordered_json& rSummary) {
     if (!r["push"].is_null()) {
       const Json& m = r["push"];
       std::snprintf(acLine, sizeof(acLine),
-                    "  push: %" PRIu64 " pictures, %" PRIu64 " bytes, %d hand-overs, %d withdrawals, %d ended\n",
+                    "  push: %" PRIu64 " pictures, %" PRIu64
+                    " bytes, %d hand-overs, %d withdrawals, %d ended\n",
                     m["pictures"].get<uint64_t>(), m["bytes"].get<uint64_t>(),
                     m["handovers"].get<int>(), m["withdrawals"].get<int>(), m["ends"].get<int>());
       sOut += acLine;

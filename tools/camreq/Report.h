@@ -19,8 +19,8 @@ namespace camreq {
 using Units = std::vector<std::unique_ptr<Unit>>;
 
 struct RunInfo {
-  double dRan = 0;             // seconds from the starts to the stop
-  std::string sStoppedBy;      // "duration", "signal"
+  double dRan = 0;         // seconds from the starts to the stop
+  std::string sStoppedBy;  // "duration", "signal"
   int iSpeed = 1;
   bool bEmbedded = false;
   int iExitStatus = 0;
@@ -48,8 +48,8 @@ class LiveDisplay {
 // The status line of one requester (without the rate when dRate < 0).
 std::string StatusLine(const Unit& rUnit, const RequesterLog& rLog, double dRate);
 
-nlohmann::ordered_json SummaryJson(const Units& rUnits, const LogWatch& rLog,
-                                   const Events& rEvents, const RunInfo& rRun);
+nlohmann::ordered_json SummaryJson(const Units& rUnits, const LogWatch& rLog, const Events& rEvents,
+                                   const RunInfo& rRun);
 std::string SummaryText(const nlohmann::ordered_json& rSummary);
 
 // Whether a requester did what a run asks: reached RUN (a play-back: READY)

@@ -61,7 +61,9 @@ int BoundPort(int iFd) {
   return ntohs(reinterpret_cast<sockaddr_in6*>(&sAddress)->sin6_port);
 }
 
-std::string Errno(const char* pcWhat) { return std::string(pcWhat) + ": " + std::strerror(errno); }
+std::string Errno(const char* pcWhat) {
+  return std::string(pcWhat) + ": " + std::strerror(errno);
+}
 
 bool IsLoopback(const std::string& sInterface) {
   return sInterface == "::1" || sInterface.rfind("127.", 0) == 0;

@@ -15,23 +15,23 @@
 namespace camreq {
 
 struct RtpStats {
-  uint64_t ulPackets = 0;    // RTP packets (version 2)
-  uint64_t ulBytes = 0;      // their datagram bytes
-  uint64_t ulOther = 0;      // datagrams that are no RTP packet
-  uint64_t ulLost = 0;       // sequence numbers skipped
-  uint64_t ulFrames = 0;     // packets with the marker bit (ends of frames)
-  int iPayloadType = -1;     // of the last packet
+  uint64_t ulPackets = 0;  // RTP packets (version 2)
+  uint64_t ulBytes = 0;    // their datagram bytes
+  uint64_t ulOther = 0;    // datagrams that are no RTP packet
+  uint64_t ulLost = 0;     // sequence numbers skipped
+  uint64_t ulFrames = 0;   // packets with the marker bit (ends of frames)
+  int iPayloadType = -1;   // of the last packet
   uint32_t ulSsrc = 0;
-  double dFirst = -1;        // time of the first packet, -1: none yet
-  double dLast = -1;         // time of the last packet
-  bool bFollowing = false;   // a stream is announced and listened for
-  double dFollowed = -1;     // when the announcement came
-  std::string sGroup;        // multicast group, empty for unicast
-  int iPort = 0;             // the port listened on
-  std::string sError;        // why the announced place could not be listened on
+  double dFirst = -1;       // time of the first packet, -1: none yet
+  double dLast = -1;        // time of the last packet
+  bool bFollowing = false;  // a stream is announced and listened for
+  double dFollowed = -1;    // when the announcement came
+  std::string sGroup;       // multicast group, empty for unicast
+  int iPort = 0;            // the port listened on
+  std::string sError;       // why the announced place could not be listened on
   // Silences of more than a second between two packets: start and length.
   std::vector<std::pair<double, double>> asGaps;
-  std::string sSps;          // the last H.264 sequence and picture parameter sets
+  std::string sSps;  // the last H.264 sequence and picture parameter sets
   std::string sPps;
 };
 

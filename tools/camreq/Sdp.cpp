@@ -20,8 +20,7 @@ bool IsMulticast(const std::string& sAddress) {
 }
 
 std::string Base64(const std::string& sData) {
-  static const char kDigits[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string sOut;
   size_t i = 0;
   for (; i + 3 <= sData.size(); i += 3) {
@@ -50,7 +49,7 @@ std::string SdpText(const SdpStream& rStream) {
   const bool bMulticast = IsMulticast(rStream.sAddress);
   const bool bAudio = rStream.iCmdType == CAM_REQUESTER_CMD_G726_RTP;
   const int iPt = rStream.iPayloadType >= 0 ? rStream.iPayloadType
-                                             : (bAudio ? kAudioPayloadType : kVideoPayloadType);
+                                            : (bAudio ? kAudioPayloadType : kVideoPayloadType);
   const std::string sFamily = bV6 ? "IP6" : "IP4";
   std::string sText = "v=0\r\n";
   sText += "o=- 0 0 IN " + sFamily + " " + (bV6 ? "::1" : "127.0.0.1") + "\r\n";

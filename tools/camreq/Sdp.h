@@ -10,11 +10,11 @@
 namespace camreq {
 
 struct SdpStream {
-  int iCmdType = 0;         // the RTP requester's iCmdType
-  std::string sAddress;     // where the player listens: a group or a loopback address
+  int iCmdType = 0;      // the RTP requester's iCmdType
+  std::string sAddress;  // where the player listens: a group or a loopback address
   int iPort = 0;
-  int iPayloadType = -1;    // -1: not seen yet (96 for video, 97 for audio)
-  std::string sSps;         // H.264 parameter sets seen in the stream
+  int iPayloadType = -1;  // -1: not seen yet (96 for video, 97 for audio)
+  std::string sSps;       // H.264 parameter sets seen in the stream
   std::string sPps;
   std::string sName;
 };

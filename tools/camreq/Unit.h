@@ -16,14 +16,14 @@ namespace camreq {
 
 struct Unit {
   CameraSpec sSpec;
-  int iPosition = 0;         // screen position, also the camera number
-  std::string sAddress;      // the camera's address as the requester has it
+  int iPosition = 0;     // screen position, also the camera number
+  std::string sAddress;  // the camera's address as the requester has it
   int iHttpPort = 0;
   std::shared_ptr<camsim::Device> pDevice;  // shared by an audio requester and its video one
   std::unique_ptr<CamreqNotify> pNotify;
   std::unique_ptr<CCamRequester> pReq;
-  int iFinalStatus = -1;     // status when the stop was over
-  int iPlayBackReported = 0;  // announcements whose play-back run was reported
+  int iFinalStatus = -1;       // status when the stop was over
+  int iPlayBackReported = 0;   // announcements whose play-back run was reported
   Unit* pUidSource = nullptr;  // audio: the video requester whose UID it runs on
   bool bStartPosted = false;
   std::string sSdpPath;

@@ -47,8 +47,8 @@ int Set(CCamRequester& rReq, long lKind, const T& value) {
 
 void Refused(const Unit& rUnit, const std::string& sWhat) {
   throw BadInput{"the requester refused " + sWhat + " for camera type " +
-                 std::to_string(rUnit.sSpec.iCamType) + " (" +
-                 CamTypeName(rUnit.sSpec.iCamType) + ")"};
+                 std::to_string(rUnit.sSpec.iCamType) + " (" + CamTypeName(rUnit.sSpec.iCamType) +
+                 ")"};
 }
 
 // The parameters of one requester, in the order the media process sets them.
@@ -58,8 +58,10 @@ void Configure(Unit& rUnit) {
   rReq.SetParameter(CAM_PARAM_IPADDRESS, rUnit.sAddress.c_str(),
                     static_cast<int>(rUnit.sAddress.size()));
   Set(rReq, CAM_PARAM_HTTPPORT, int32_t{rUnit.iHttpPort});
-  if (rSpec.eClass == ReqClass::kRtp) Set(rReq, CAM_PARAM_RTPPORT, int32_t{rUnit.pNotify->RtpPort()});
-  if (Set(rReq, CAM_PARAM_CMDTYPE, int32_t{rSpec.iCmdType}) != 0) Refused(rUnit, "the command type");
+  if (rSpec.eClass == ReqClass::kRtp)
+    Set(rReq, CAM_PARAM_RTPPORT, int32_t{rUnit.pNotify->RtpPort()});
+  if (Set(rReq, CAM_PARAM_CMDTYPE, int32_t{rSpec.iCmdType}) != 0)
+    Refused(rUnit, "the command type");
   CAM_TYPE_PARAM sType{};
   sType.usCameraNumber = static_cast<uint16_t>(rUnit.iPosition);
   sType.usCameraType = static_cast<uint16_t>(rSpec.iCamType);
@@ -121,7 +123,7 @@ void PrepareSaveDir(const std::string& sDir) {
   if (mkdir(sDir.c_str(), 0777) != 0 && errno != EEXIST) {
     throw BadInput{"cannot make the frame folder '" + sDir + "': " + std::strerror(errno)};
   }
-  struct stat sInfo{};
+  struct stat sInfo {};
   if (stat(sDir.c_str(), &sInfo) != 0 || !S_ISDIR(sInfo.st_mode) ||
       access(sDir.c_str(), W_OK) != 0) {
     throw BadInput{"cannot write into the frame folder '" + sDir + "'"};
@@ -183,9 +185,10 @@ void Run::Build() {
       rUnit.sAddress = rUnit.pDevice->Address();
       rUnit.iHttpPort = rUnit.pDevice->Port();
       char acLine[160];
-      std::snprintf(acLine, sizeof(acLine), "camsim: camera type %d (%s) on %s port %d for position %d\n",
-                    rSpec.iCamType, CamTypeName(rSpec.iCamType).c_str(), rUnit.sAddress.c_str(),
-                    rUnit.iHttpPort, rUnit.iPosition);
+      std::snprintf(acLine, sizeof(acLine),
+                    "camsim: camera type %d (%s) on %s port %d for position %d\n", rSpec.iCamType,
+                    CamTypeName(rSpec.iCamType).c_str(), rUnit.sAddress.c_str(), rUnit.iHttpPort,
+                    rUnit.iPosition);
       m_sEmbeddedLines += acLine;
     } else {
       rUnit.sAddress = rSpec.sAddress;
@@ -222,7 +225,8 @@ void Run::StartAll() {
     // A recorder's audio runs on the UID of its video session, which logs
     // it out at the stop: the audio requester must not (no keep-alive, no
     // logout).
-    if (pUnit->pUidSource != nullptr && IsKelRecorder(static_cast<unsigned>(pUnit->sSpec.iCamType))) {
+    if (pUnit->pUidSource != nullptr &&
+        IsKelRecorder(static_cast<unsigned>(pUnit->sSpec.iCamType))) {
       pUnit->sSpec.bKeepAlive = false;
     }
     pUnit->sSpec.bKeepAlive ? rReq.EnableKeepAlive() : rReq.DiableKeepAlive();
@@ -340,8 +344,8 @@ int Run::Go() {
   bool bEmbedded = false;
   for (const CameraSpec& rSpec : m_rOptions.asCameras) bEmbedded = bEmbedded || rSpec.Embedded();
   m_run.bEmbedded = bEmbedded;
-  m_run.iSpeed = m_rOptions.iRoundDivisor != 0 ? m_rOptions.iRoundDivisor
-                                                : (bEmbedded ? kEmbeddedSpeed : 1);
+  m_run.iSpeed =
+      m_rOptions.iRoundDivisor != 0 ? m_rOptions.iRoundDivisor : (bEmbedded ? kEmbeddedSpeed : 1);
   KXCOM_SetWaitDivisor(m_run.iSpeed);
   m_log.Install(m_rOptions.bLog ? stderr : nullptr);
   if (!m_events.Start()) {
