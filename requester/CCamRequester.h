@@ -14,10 +14,11 @@
 
 #include <atomic>
 
+#include "CamRequesterExport.h"
 #include "CamRequesterParam.h"
 #include "kxhttp.h"
 
-class CCamRequester {
+class CAMREQ_API CCamRequester {
  public:
   CCamRequester();
 

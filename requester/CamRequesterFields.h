@@ -10,10 +10,11 @@
 
 #include <atomic>
 
+#include "CamRequesterExport.h"
 #include "CamRequesterParam.h"
 #include "kxhttp.h"
 
-struct CamRequesterFields {
+struct CAMREQ_API CamRequesterFields {
   CamRequesterFields();
 
   // ---- parameters (SetParameter) ------------------------------------------

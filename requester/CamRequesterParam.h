@@ -7,6 +7,7 @@
 
 #include <stdint.h>
 
+#include "CamRequesterExport.h"
 #include "kxhttp.h"
 
 // ---- Parameter kinds of SetParameter(kind, record, size) ------------------
@@ -193,7 +194,7 @@ typedef struct CAM_CAMINFO_PARAM {
 // Implemented by the upper layer and handed over with parameter kind 5. The
 // four operations are declared in this order and are the whole table; the
 // destructor is not virtual, because the requester never deletes it.
-class CCamRequesterNotify {
+class CAMREQ_API CCamRequesterNotify {
  public:
   // RTP stream notification: where the stream of iUid will arrive. iUid -1
   // (with zero delivery values) tells that the stream is gone.

@@ -7,7 +7,7 @@
 #include "CCamRequester.h"
 #include "CamRequesterFields.h"
 
-class CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester, public CamRequesterFields {
+class CAMREQ_API CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester, public CamRequesterFields {
  public:
   CCamRequester_Cgi_Kobu_Rtp();
   ~CCamRequester_Cgi_Kobu_Rtp() override;

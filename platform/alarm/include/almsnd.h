@@ -9,6 +9,12 @@
 extern "C" {
 #endif
 
+/* The replacement is built with hidden visibility; every call declared here
+ * is the library's interface and leaves the shared object. */
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
 /* Reports alarm iCode for camera iCamera at pcAddress, screen position
  * iPosition. Returns 0. Prints one line through COM_printf:
  * "ALMSND_AsyErrReport code=%d camera=%d address=%s position=%d\n"
@@ -24,6 +30,10 @@ typedef void (*ALMSND_Observer)(int iCode, int iCamera, const char* pcAddress, i
  * time; once this returns, the previous observer is called no more. It may
  * itself report or change the observer. */
 void ALMSND_SetObserver(ALMSND_Observer pfnObserver, void* pvContext);
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }

@@ -23,6 +23,12 @@
 extern "C" {
 #endif
 
+/* The replacement is built with hidden visibility; every call declared here
+ * is the library's interface and leaves the shared object. */
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
 #define HTTP_RESULT_OK 0x08000000u
 #define HTTP_RESULT_STATUS200 0x08000200u
 
@@ -201,6 +207,10 @@ uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, siz
  * a time: a second one waits for the first, except http_close_session,
  * which never waits and wakes a reader that waits for bytes. */
 void http_set_timeout_divisor(int iDivisor);
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }

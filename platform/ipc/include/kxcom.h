@@ -21,6 +21,12 @@
 extern "C" {
 #endif
 
+/* The replacement is built with hidden visibility; every call declared here
+ * is the library's interface and leaves the shared object. */
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
 #define KXCOM_LIB_OK 0
 
 /* Error codes (all non-zero, returned instead of crashing on misuse). */
@@ -148,6 +154,10 @@ void KXCOM_FailNext(KXCOM_FAULT eCall, int iTimes);
 
 /* Number of message buffers made and not yet freed, for leak checks. */
 int KXCOM_LiveBufferCount(void);
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }
