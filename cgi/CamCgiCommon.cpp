@@ -25,8 +25,7 @@ int BuildPresetLowerCase(const CamRequesterFields& sFields, char* pcDst) {
   FormatSlot(sPath, "%s", "/cgi-bin/camctrl");
   FormatSlot(sPreset, "preset=%d", sFields.usPresetNo);
   ChannelPart(sChannel, sFields);
-  JoinLine(pcDst, "%s?%s%s", sPath.c, sPreset.c, sChannel.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s%s", sPath.c, sPreset.c, sChannel.c);
 }
 
 int BuildPresetUpperCase(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
@@ -39,8 +38,7 @@ int BuildPresetUpperCase(CCamRequester& rRequester, const CamRequesterFields& sF
   Slot sPath, sPreset;
   FormatSlot(sPath, "%s", "/cgi-bin/camctrl");
   FormatSlot(sPreset, "PRESET=%d", sFields.usPresetNo);
-  JoinLine(pcDst, "%s?%s", sPath.c, sPreset.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s", sPath.c, sPreset.c);
 }
 
 // A terminated copy of the recorder key, whatever its 7 bytes hold.
@@ -70,15 +68,13 @@ void StreamPart(Slot& sSlot, const CamRequesterFields& sFields) {
 }
 
 int BuildRecorderSession(char* pcDst) {
-  JoinLine(pcDst, "%s", "/cgi-bin/start.cgi?UID=-1");
-  return 0;
+  return JoinLine(pcDst, "%s", "/cgi-bin/start.cgi?UID=-1");
 }
 
 int BuildRecorderKeepAlive(const CamRequesterFields& sFields, char* pcDst) {
   Slot sPath;
   FormatSlot(sPath, "%s", "/cgi-bin/status.cgi");
-  JoinLine(pcDst, "%s?UID=%d&HTML=as_status.html", sPath.c, sFields.iUid.load());
-  return 0;
+  return JoinLine(pcDst, "%s?UID=%d&HTML=as_status.html", sPath.c, sFields.iUid.load());
 }
 
 int RefuseQv262AudioKeepAlive(CCamRequester& rRequester) {
@@ -129,8 +125,7 @@ int BuildKelLogIn(CCamRequester& rRequester, const CamRequesterFields& sFields, 
   FormatText(acPass, sizeof(acPass), "PASS=%s", acPassHex);
   FormatText(acKeyPart, sizeof(acKeyPart), "KEY=%s", acKey);
   FormatText(acTemp, sizeof(acTemp), "TEMP=%ld", lTemp);
-  JoinLine(pcDst, "%s?%s&%s&%s&%s", acPath, acUser, acPass, acKeyPart, acTemp);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s&%s&%s", acPath, acUser, acPass, acKeyPart, acTemp);
 }
 
 int BuildKelLogOut(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
@@ -143,8 +138,7 @@ int BuildKelLogOut(CCamRequester& rRequester, const CamRequesterFields& sFields,
   Slot sPath, sUid;
   FormatSlot(sPath, "%s", "/cgi-bin/logout.cgi");
   FormatSlot(sUid, "UID=%d", sFields.uid_logout);
-  JoinLine(pcDst, "%s?%s", sPath.c, sUid.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s", sPath.c, sUid.c);
 }
 
 const char* ConnectWord(int iStartStop) {

@@ -2,7 +2,8 @@
 // channel and stream components, the recorder forms of the session and
 // keep-alive lines, the preset line, and the recorder login and logout with
 // the credential transform. Each requester's virtual member calls these with
-// its own differences.
+// its own differences. The builders' pcDst holds kLineDstSize bytes
+// (CamCgiLine.h); a line that would not fit is refused (-1, pcDst empty).
 #ifndef CAM_CGI_COMMON_H
 #define CAM_CGI_COMMON_H
 

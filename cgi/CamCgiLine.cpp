@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 namespace cgi {
 
@@ -22,11 +23,19 @@ int FormatText(char* pcText, size_t iSize, const char* pcFormat, ...) {
 }
 
 int JoinLine(char* pcDst, const char* pcFormat, ...) {
+  // Joined aside first, so that a refused line leaves no part of itself in
+  // the caller's buffer.
+  char acLine[kLineDstSize];
   va_list ap;
   va_start(ap, pcFormat);
-  const int iRet = vsnprintf(pcDst, kCgiLineSize, pcFormat, ap);
+  const int iLength = vsnprintf(acLine, sizeof(acLine), pcFormat, ap);
   va_end(ap);
-  return iRet;
+  if (iLength < 0 || iLength >= kLineDstSize) {
+    pcDst[0] = '\0';
+    return -1;
+  }
+  memcpy(pcDst, acLine, static_cast<size_t>(iLength) + 1);
+  return 0;
 }
 
 }  // namespace cgi

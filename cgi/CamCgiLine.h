@@ -11,7 +11,15 @@
 
 namespace cgi {
 
-// Size of one component slot.
+// Destination size of every line builder (CamRtpCommands.h,
+// CamHttpCommands.h, CamCgiCommon.h): the caller's pcDst holds this many
+// bytes, the terminator included. A line that would not fit is refused
+// with -1 and pcDst empty; it is never sent cut short. (The number itself
+// is kCgiLineSize, which the Exec workers size their buffers with.)
+constexpr int kLineDstSize = kCgiLineSize;
+
+// Size of one component slot. The components are table cells and numbers,
+// all far shorter; only the joined line can grow past its destination.
 constexpr int kSlotSize = 64;
 
 struct Slot {
@@ -24,7 +32,8 @@ int FormatSlot(Slot& sSlot, const char* pcFormat, ...) __attribute__((format(pri
 int FormatText(char* pcText, size_t iSize, const char* pcFormat, ...)
     __attribute__((format(printf, 3, 4)));
 
-// Formats the line into pcDst (kCgiLineSize bytes at most).
+// Formats the line into pcDst (kLineDstSize bytes): 0, or -1 with pcDst
+// empty when the line does not fit.
 int JoinLine(char* pcDst, const char* pcFormat, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace cgi

@@ -24,7 +24,7 @@ int CameraSession(CCamRequester& rRequester, const CamRequesterFields& sFields, 
   FormatSlot(sPath, "%s", "/cgi-bin/getuid");
   FormatSlot(sCodec, "%s%s", "FILE=2&vcodec=", Cell(sFields));
   ChannelPart(sChannel, sFields);
-  JoinLine(pcDst, "%s?%s%s", sPath.c, sCodec.c, sChannel.c);
+  if (JoinLine(pcDst, "%s?%s%s", sPath.c, sCodec.c, sChannel.c) != 0) return -1;
   rRequester.CamReqCOM_printf("CmdSet_SessionCmmand [DEBUG] Cmd[%s]\n", pcDst);
   return 0;
 }
@@ -33,8 +33,7 @@ int QuillonSession(char* pcDst) {
   Slot sPath, sPage;
   FormatSlot(sPath, "%s", "/cgi-bin/getuid");
   FormatSlot(sPage, "FILE=uid.html&PAGE=%ld", PageValue());
-  JoinLine(pcDst, "%s?%s", sPath.c, sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s", sPath.c, sPage.c);
 }
 
 int CameraKeepAlive(const CamRequesterFields& sFields, char* pcDst, long lPage) {
@@ -45,8 +44,8 @@ int CameraKeepAlive(const CamRequesterFields& sFields, char* pcDst, long lPage) 
   ChannelPart(sChannel, sFields);
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
-  JoinLine(pcDst, "%s?%s&%s%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sChannel.c, sUid.c, sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sChannel.c, sUid.c,
+                  sPage.c);
 }
 
 int ShortKeepAlive(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
@@ -58,15 +57,13 @@ int ShortKeepAlive(CCamRequester& rRequester, const CamRequesterFields& sFields,
   FormatSlot(sProtocol, "%s", "protocol=http");
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
-  JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sUid.c, sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sUid.c, sPage.c);
 }
 
 int QuillonKeepAlive(const CamRequesterFields& sFields, char* pcDst) {
   Slot sPath;
   FormatSlot(sPath, "%s", "/cgi-bin/uidutil");
-  JoinLine(pcDst, "%s?UID=%d&UTIL=KEEPALIVE", sPath.c, sFields.iUid.load());
-  return 0;
+  return JoinLine(pcDst, "%s?UID=%d&UTIL=KEEPALIVE", sPath.c, sFields.iUid.load());
 }
 
 int CameraJpeg(const CamRequesterFields& sFields, char* pcDst, int iStartStop) {
@@ -79,9 +76,8 @@ int CameraJpeg(const CamRequesterFields& sFields, char* pcDst, int iStartStop) {
   }
   ChannelPart(sChannel, sFields);
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
-  JoinLine(pcDst, "%s?%s%s%s%s&%s", sPath.c, sConnect.c, sRate.c, sResolution.c, sChannel.c,
-           sUid.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s%s%s%s&%s", sPath.c, sConnect.c, sRate.c, sResolution.c, sChannel.c,
+                  sUid.c);
 }
 
 // No resolution and no channel go to a Quillon camera.
@@ -94,9 +90,8 @@ int QuillonJpeg(const CamRequesterFields& sFields, char* pcDst, int iStartStop, 
   }
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "PAGE=%ld", lPage);
-  JoinLine(pcDst, "%s?%s%s%s%s&%s&%s", sPath.c, sMode.c, sRate.c, sUnused1.c, sUnused2.c, sUid.c,
-           sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s%s%s%s&%s&%s", sPath.c, sMode.c, sRate.c, sUnused1.c, sUnused2.c,
+                  sUid.c, sPage.c);
 }
 
 // "CMD=..&CAM=..&UID=..&<codec>" of a recorder: no port over HTTP.
@@ -108,8 +103,7 @@ int RecorderHttpLine(const CamRequesterFields& sFields, char* pcDst, int iStartS
   FormatSlot(sCamera, "CAM=%d", sFields.usSelectChNo);
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sCodec, "%s", pcCodec);
-  JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sCommand.c, sCamera.c, sUid.c, sCodec.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sCommand.c, sCamera.c, sUid.c, sCodec.c);
 }
 
 int CameraAudio(const CamRequesterFields& sFields, char* pcDst, int iStartStop, long lPage) {
@@ -121,9 +115,8 @@ int CameraAudio(const CamRequesterFields& sFields, char* pcDst, int iStartStop, 
   if (sFields.iAudioEnable == kAudioEnableIn) FormatSlot(sMode, "%s", "&mode=in");
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
-  JoinLine(pcDst, "%s?%s&%s%s%s&%s&%s", sPath.c, sConnect.c, sProtocol.c, sChannel.c, sMode.c,
-           sUid.c, sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s%s%s&%s&%s", sPath.c, sConnect.c, sProtocol.c, sChannel.c,
+                  sMode.c, sUid.c, sPage.c);
 }
 
 }  // namespace
@@ -209,8 +202,7 @@ int HttpQuillonUidRelease(CCamRequester& rRequester, const CamRequesterFields& s
   Slot sPath, sUid;
   FormatSlot(sPath, "%s", "/cgi-bin/uidutil");
   FormatSlot(sUid, "UID=%d", sFields.uid_logout);
-  JoinLine(pcDst, "%s?%s&UTIL=RELEASE", sPath.c, sUid.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&UTIL=RELEASE", sPath.c, sUid.c);
 }
 
 }  // namespace cgi

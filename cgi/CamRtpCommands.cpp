@@ -44,7 +44,7 @@ int CameraSession(CCamRequester& rRequester, const CamRequesterFields& sFields, 
     FormatSlot(sCodec, "%s%s", "FILE=2&vcodec=", pcCodec);
   }
   ChannelPart(sChannel, sFields);
-  JoinLine(pcDst, "%s?%s%s", sPath.c, sCodec.c, sChannel.c);
+  if (JoinLine(pcDst, "%s?%s%s", sPath.c, sCodec.c, sChannel.c) != 0) return -1;
   rRequester.CamReqCOM_printf("CmdSet_SessionCmmand [DEBUG] Cmd[%s]\n", pcDst);
   return 0;
 }
@@ -64,9 +64,8 @@ int CameraKeepAlive(const CamRequesterFields& sFields, char* pcDst, long lPage) 
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
   if (sFields.iCmdType < 3) StreamPart(sStream, sFields);
-  JoinLine(pcDst, "%s?%s&%s%s&%s&%s%s", sPath.c, sMode.c, sProtocol.c, sChannel.c, sUid.c, sPage.c,
-           sStream.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s%s&%s&%s%s", sPath.c, sMode.c, sProtocol.c, sChannel.c, sUid.c,
+                  sPage.c, sStream.c);
 }
 
 // Camera type 21: never "_2", channel or stream.
@@ -79,8 +78,7 @@ int ShortKeepAlive(CCamRequester& rRequester, const CamRequesterFields& sFields,
   FormatSlot(sProtocol, "%s", "protocol=rtp");
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
-  JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sUid.c, sPage.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s&%s&%s", sPath.c, sMode.c, sProtocol.c, sUid.c, sPage.c);
 }
 
 int CameraVideo(const CamRequesterFields& sFields, char* pcDst, int iStartStop) {
@@ -91,8 +89,8 @@ int CameraVideo(const CamRequesterFields& sFields, char* pcDst, int iStartStop) 
   ChannelPart(sChannel, sFields);
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   StreamPart(sStream, sFields);
-  JoinLine(pcDst, "%s?%s&%s%s&%s%s", sPath.c, sConnect.c, sPort.c, sChannel.c, sUid.c, sStream.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s%s&%s%s", sPath.c, sConnect.c, sPort.c, sChannel.c, sUid.c,
+                  sStream.c);
 }
 
 // "CMD=..&CAM=..&UID=..&PORT=..&<codec>" of a recorder.
@@ -105,8 +103,8 @@ int RecorderRtpLine(const CamRequesterFields& sFields, char* pcDst, int iStartSt
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPort, "PORT=%d", sFields.iRtpPort);
   FormatSlot(sCodec, "%s", pcCodec);
-  JoinLine(pcDst, "%s?%s&%s&%s&%s&%s", sPath.c, sCommand.c, sCamera.c, sUid.c, sPort.c, sCodec.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s&%s&%s&%s", sPath.c, sCommand.c, sCamera.c, sUid.c, sPort.c,
+                  sCodec.c);
 }
 
 int VideoDistribute(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst,
@@ -141,9 +139,8 @@ int CameraAudio(const CamRequesterFields& sFields, char* pcDst, int iStartStop, 
   FormatSlot(sUid, "UID=%d", sFields.iUid.load());
   FormatSlot(sPage, "page=%ld", lPage);
   StreamPart(sStream, sFields);
-  JoinLine(pcDst, "%s?%s&%s%s%s&%s&%s%s", sPath.c, sConnect.c, sPort.c, sChannel.c, sMode.c, sUid.c,
-           sPage.c, sStream.c);
-  return 0;
+  return JoinLine(pcDst, "%s?%s&%s%s%s&%s&%s%s", sPath.c, sConnect.c, sPort.c, sChannel.c, sMode.c,
+                  sUid.c, sPage.c, sStream.c);
 }
 
 }  // namespace
@@ -178,8 +175,7 @@ int RtpMpeg4IframeCommand(CCamRequester& rRequester, const CamRequesterFields& s
   if (sFields.cStream == kStreamSecond) {
     FormatSlot(sStream, "%cstream=%d", sFields.usSelectChNo != 0 ? '&' : '?', kStreamSecond);
   }
-  JoinLine(pcDst, "%s%s%s", sPath.c, sChannel.c, sStream.c);
-  return 0;
+  return JoinLine(pcDst, "%s%s%s", sPath.c, sChannel.c, sStream.c);
 }
 
 int RtpH264IframeCommand(CCamRequester& rRequester, const CamRequesterFields& sFields,
@@ -193,8 +189,7 @@ int RtpH264IframeCommand(CCamRequester& rRequester, const CamRequesterFields& sF
   Slot sPath, sMiddle, sStream;
   FormatSlot(sPath, "%s", "/cgi-bin/h264_I_interval");
   FormatSlot(sStream, "?stream=%d", sFields.cStream);
-  JoinLine(pcDst, "%s%s%s", sPath.c, sMiddle.c, sStream.c);
-  return 0;
+  return JoinLine(pcDst, "%s%s%s", sPath.c, sMiddle.c, sStream.c);
 }
 
 int RtpKeepAliveCommand(CCamRequester& rRequester, const CamRequesterFields& sFields, char* pcDst) {

@@ -1,9 +1,13 @@
 // The CGI lines of the RTP requester: session, I-frame intervals,
 // keep-alive, and the start and stop of MPEG-4, H.264 and G.726 delivery.
 // Every builder empties pcDst first, so a caller that ignores -1 sends
-// nothing; refusals are printed through the requester.
+// nothing; refusals are printed through the requester. pcDst holds
+// kLineDstSize bytes (CamCgiLine.h); a line that would not fit is refused
+// too (-1, pcDst empty), never cut short.
 #ifndef CAM_RTP_COMMANDS_H
 #define CAM_RTP_COMMANDS_H
+
+#include "CamCgiLine.h"
 
 class CCamRequester;
 struct CamRequesterFields;
