@@ -287,6 +287,35 @@ TEST(CamreqProgram, GoesThroughTheProxyUnlessTheCameraIsAnException) {
   sCamsim.WaitEnd(kStartLimit);
 }
 
+TEST(CamreqProgram, ReportsARecorderPlayBackRunningAndKeepsItAlive) {
+  camtest::TempDir sDir;
+  Camsim sCamsim;
+  ASSERT_TRUE(sCamsim.Start({"--listen", "127.0.0.1:0", "--model", "KEL32"}, sDir.path(), 1));
+  const std::string sJson = sDir.path() + "/summary.json";
+  const CamreqRun sRun =
+      RunCamreq(sDir,
+                {"--cmd", "h264play", "--type", "KEL32", "--address", "127.0.0.1", "--http-port",
+                 std::to_string(sCamsim.Port(0)), "--user", "admin", "--password", "password",
+                 "--duration", "4", "--speed", "10", "--quiet", "--json", sJson},
+                sJson);
+  ASSERT_EQ(sRun.iExit, 0) << sRun.sOut << sRun.sErr;
+  const Json& rPlay = sRun.sSummary["requesters"][0];
+  ExpectRanAndStopped(rPlay);
+  bool bReported = false;
+  for (const Json& n : rPlay["notifications"]) {
+    bReported = bReported || n["text"].get<std::string>().find("play-back run reported") == 0;
+  }
+  EXPECT_TRUE(bReported) << rPlay["notifications"].dump(1);
+  int iKeepAlives = 0;
+  bool bLoggedOut = false;
+  for (const Json& x : rPlay["cgi"]) {
+    iKeepAlives += x["worker"] == "SendPBKeepAliveCommandExec";
+    bLoggedOut = bLoggedOut || x["line"].get<std::string>().find("/cgi-bin/logout.cgi") == 0;
+  }
+  EXPECT_GE(iKeepAlives, 1);  // one every 3 s at speed 10
+  EXPECT_TRUE(bLoggedOut);
+}
+
 TEST(CamreqProgram, StopsCleanlyOnSigterm) {
   camtest::TempDir sDir;
   Camsim sCamsim;

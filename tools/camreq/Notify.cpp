@@ -96,6 +96,7 @@ void CamreqNotify::NotifySessionInfo(int iUid, const void* pSessionInfo, int, in
   Note(sText);
   std::lock_guard<std::mutex> lock(m_mutex);
   m_iUid = iUid;
+  if (iUid != -1) ++m_iAnnouncements;
 }
 
 int CamreqNotify::StreamStateNow() const {

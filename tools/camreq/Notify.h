@@ -69,7 +69,8 @@ class CamreqNotify : public CCamRequesterNotify {
   // Audio over RTP has no notification of its own: camreq listens where the
   // stream will come when it posts the start.
   void ExpectAudio(int iPort) { m_rtp.Follow("", iPort); }
-  // Counts RTP announcements; a play-back start is reported once per one.
+  // Counts the set-ups announced (RTP stream or session information with a
+  // UID); a play-back run is reported once for each.
   int Announcements() const;
   std::string SdpError() const;
 

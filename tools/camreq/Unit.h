@@ -26,6 +26,7 @@ struct Unit {
   int iPlayBackReported = 0;   // announcements whose play-back run was reported
   Unit* pUidSource = nullptr;  // audio: the video requester whose UID it runs on
   bool bStartPosted = false;
+  double dNextPBKeepAlive = 0;  // play-back: when camreq next calls the keep-alive
   std::string sSdpPath;
 };
 

@@ -35,8 +35,11 @@ constexpr int kExitBadInput = 2;
 constexpr int kExitFailed = 1;
 constexpr int kEmbeddedSpeed = 10;
 constexpr long kTickMs = 250;
+constexpr int kMostCallsPerTick = 100;
 // A stop is waited for this long (request thread rounds included).
 constexpr double kStopWaitSec = 15;
+// ... or until no status has moved for this long.
+constexpr double kStopSettledSec = 3;
 // Thread index base of Initialize: one queue per requester.
 constexpr long kFirstThreadIndex = 1;
 
@@ -269,15 +272,31 @@ void Run::Tick() {
       }
     }
     pUnit->pNotify->UpdateSdp();
-    // A play-back stream runs once its packets come: the media process says
-    // so (run success), once for each stream the requester announced.
-    if (pUnit->sSpec.PlayBack() && pUnit->pNotify->IsRtp()) {
+    // A play-back is set up only; the media process plays the recording on
+    // the UID it was given and then reports the run (run success), once for
+    // each set-up. camreq plays nothing itself: it reports the run as soon as
+    // the set-up is announced, and counts what arrives.
+    if (pUnit->sSpec.PlayBack()) {
       const int iAnnounced = pUnit->pNotify->Announcements();
       if (iAnnounced > pUnit->iPlayBackReported &&
-          pUnit->pReq->iConnectStatus == CAM_HTTP_STS_READY &&
-          pUnit->pNotify->Rtp().ulPackets > 0 && pUnit->pNotify->StreamStateNow() == 0) {
+          pUnit->pReq->iConnectStatus == CAM_HTTP_STS_READY) {
         pUnit->iPlayBackReported = iAnnounced;
+        pUnit->pNotify->NoteUpper("play-back run reported (status change 1)");
         Set(*pUnit->pReq, CAM_PARAM_STATUSCHANGE, int32_t{1});
+      }
+      // The request thread leaves the play-back keep-alive to the upper
+      // layer: the RTP requester sends on every 30th call, the HTTP one on
+      // every call, so that one goes out every 30 s (shortened by --speed).
+      const double dPeriod = (pUnit->pNotify->IsRtp() ? 1.0 : 30.0) / m_run.iSpeed;
+      if (!pUnit->sSpec.bKeepAlive || pUnit->pReq->iConnectStatus != CAM_HTTP_STS_RUN) {
+        pUnit->dNextPBKeepAlive = 0;
+      } else {
+        if (pUnit->dNextPBKeepAlive == 0) pUnit->dNextPBKeepAlive = Now();
+        // The calls due since the last period of this thread, a few at most.
+        for (int i = 0; i < kMostCallsPerTick && Now() >= pUnit->dNextPBKeepAlive; ++i) {
+          pUnit->dNextPBKeepAlive += dPeriod;
+          pUnit->pReq->SendPBKeepAliveCommand();
+        }
       }
     }
   }
@@ -290,12 +309,26 @@ void Run::StopAll() {
     if (!rUnit.bStartPosted) continue;
     rUnit.sSpec.PlayBack() ? rUnit.pReq->RequestPBStop() : rUnit.pReq->RequestStop();
   }
-  // Each requester is back at IDLE once its stop went out (or it never ran).
+  // Each requester is back at IDLE once its stop went out. One that was
+  // still setting up or starting keeps its status (a stop there sends
+  // nothing), so the wait ends as well when no status has moved for a while.
   const double dEnd = Now() + kStopWaitSec;
+  std::vector<int> aiLast;
+  double dLastChange = Now();
   while (Now() < dEnd && !m_bAbort) {
+    std::vector<int> aiNow;
     bool bAllIdle = true;
-    for (const auto& pUnit : m_units) bAllIdle = bAllIdle && pUnit->pReq->iConnectStatus == 0;
+    for (const auto& pUnit : m_units) {
+      aiNow.push_back(pUnit->pReq->iConnectStatus);
+      bAllIdle = bAllIdle && aiNow.back() == CAM_HTTP_STS_IDLE;
+    }
     if (bAllIdle) break;
+    if (aiNow != aiLast) {
+      aiLast = aiNow;
+      dLastChange = Now();
+    } else if (Now() - dLastChange > kStopSettledSec) {
+      break;
+    }
     if (SignalWithin(m_signals, 50)) m_bAbort = true;
   }
   for (const auto& pUnit : m_units) {
