@@ -39,7 +39,8 @@ endfunction()
 
 function(camreq_hidden_visibility)
   foreach(_t IN LISTS ARGN)
-    if(TARGET ${_t})
+    get_target_property(_imported ${_t} IMPORTED)
+    if(NOT _imported)
       set_target_properties(${_t} PROPERTIES
         C_VISIBILITY_PRESET hidden
         CXX_VISIBILITY_PRESET hidden

@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Installs, with apt-get and only when missing, the Debian packages listed in
-# scripts/packages.txt. Safe to run again; asks nothing.
+# scripts/packages.txt (or in the list given: scripts/install-deps.sh LIST).
+# Safe to run again; asks nothing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+list=${1:-scripts/packages.txt}
 packages=()
 while read -r p; do
   case "$p" in "" | \#*) ;; *) packages+=("$p") ;; esac
-done < scripts/packages.txt
+done < "$list"
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
