@@ -6,10 +6,15 @@
 #include <vector>
 
 #include "CamChildServer.h"
+#include "CamTestSupport.h"
 #include "CamTypeInfo.h"
+#include "Device.h"
 #include "LogWatch.h"
 #include "Options.h"
+#include "PushReader.h"
+#include "Record.h"
 #include "Sdp.h"
+#include "kxhttp.h"
 
 namespace camreqtest {
 namespace {
@@ -97,6 +102,89 @@ TEST(CamreqLogWatch, WordsOfTheFailures) {
   EXPECT_EQ(camreq::FailureWords(
                 "StreamStartCommandExec [Error] http_get_response failed2:ret =8000503\n"),
             "HTTP 503");
+}
+
+// One GET on a session of its own; the body, empty on failure.
+std::string Get(uint16_t usPort, const std::string& sPath) {
+  HTTP_SESSION* psSession = http_open_session_to_ret("127.0.0.1", usPort, nullptr, 0, 0, 5000, 0);
+  if (psSession == nullptr) return "";
+  std::vector<char> acBuffer(2048);
+  _InetBuffer sIn{};
+  sIn.ulSize = static_cast<uint32_t>(acBuffer.size());
+  sIn.pcBuffer = acBuffer.data();
+  std::string sBody;
+  if (http_set_url(psSession, "GET", sPath.c_str(), "HTTP/1.0") == HTTP_RESULT_OK &&
+      http_do_request(psSession, &sIn, 5) == HTTP_RESULT_STATUS200) {
+    sBody = acBuffer.data();
+  }
+  http_close_session(psSession);
+  return sBody;
+}
+
+// A JPEG push opened as the HTTP requester opens it before the hand-over.
+HTTP_SESSION* OpenPush(const camsim::Device& rDevice) {
+  const std::string sUid = Get(rDevice.Port(), "/cgi-bin/getuid?FILE=2&vcodec=jpeg");
+  const size_t uAt = sUid.find("UID=");
+  if (uAt == std::string::npos) return nullptr;
+  HTTP_SESSION* psPush =
+      http_open_session_to_ret("127.0.0.1", rDevice.Port(), nullptr, 0, 0, 5000, 0);
+  if (psPush == nullptr) return nullptr;
+  const std::string sPath = "/cgi-bin/jpeg?connect=start&framerate=30&UID=" +
+                            std::to_string(std::atoi(sUid.c_str() + uAt + 4));
+  if (http_set_url(psPush, "GET", sPath.c_str(), "HTTP/1.0") != HTTP_RESULT_OK ||
+      http_do_server_push(psPush, 5) != HTTP_RESULT_STATUS200) {
+    http_close_session(psPush);
+    return nullptr;
+  }
+  return psPush;
+}
+
+TEST(CamreqPushReader, HasLeftTheHandleWhenTheWithdrawalReturns) {
+  camsim::DeviceConfig sConfig;
+  sConfig.model = 7;
+  std::string sError;
+  auto pDevice = camsim::Device::Start(sConfig, &sError);
+  ASSERT_NE(pDevice, nullptr) << sError;
+  HTTP_SESSION* psPush = OpenPush(*pDevice);
+  ASSERT_NE(psPush, nullptr);
+  camreq::PushReader sReader(true, "", "test");
+  sReader.Take(psPush);
+  ASSERT_TRUE(camtest::WaitUntil([&] { return sReader.Snapshot().ulPictures >= 3; }));
+  EXPECT_EQ(sReader.StreamState(camreq::Now()), 0);
+  sReader.LetGo(true);
+  // The requester closes the push as soon as the withdrawal returns: the
+  // reader has left every call on it by then, so it never sees the close.
+  http_close_session(psPush);
+  const camreq::PushStats sAfter = sReader.Snapshot();
+  EXPECT_FALSE(sAfter.bHeld);
+  EXPECT_EQ(sAfter.iHandOvers, 1);
+  EXPECT_EQ(sAfter.iWithdrawals, 1);
+  EXPECT_EQ(sAfter.iEnds, 0);
+  EXPECT_EQ(sAfter.ulBadParts, 0u);
+  EXPECT_EQ(sReader.StreamState(camreq::Now()), 1);  // nothing held, nothing arrives
+}
+
+TEST(CamreqPushReader, StopsReadingAPushThatEndedButLeavesItToTheRequester) {
+  camsim::DeviceConfig sConfig;
+  sConfig.model = 7;
+  std::string sError;
+  auto pDevice = camsim::Device::Start(sConfig, &sError);
+  ASSERT_NE(pDevice, nullptr) << sError;
+  camsim::Fault sFault;
+  ASSERT_TRUE(camsim::ParseFault("push-end=2", &sFault, &sError)) << sError;
+  pDevice->SetFault("/cgi-bin/jpeg", sFault);
+  HTTP_SESSION* psPush = OpenPush(*pDevice);
+  ASSERT_NE(psPush, nullptr);
+  camreq::PushReader sReader(true, "", "test");
+  sReader.Take(psPush);
+  ASSERT_TRUE(camtest::WaitUntil([&] { return sReader.Snapshot().iEnds == 1; }));
+  const camreq::PushStats sEnded = sReader.Snapshot();
+  EXPECT_EQ(sEnded.ulPictures, 2u);
+  EXPECT_EQ(sEnded.ulEndCode, HTTP_ERR_CLOSED);
+  EXPECT_TRUE(sEnded.bHeld);  // the handle is still the requester's to withdraw
+  sReader.LetGo(true);
+  http_close_session(psPush);
+  EXPECT_EQ(sReader.Snapshot().iWithdrawals, 1);
 }
 
 TEST(CamreqOptions, DefaultsAndClassFromTheCommand) {

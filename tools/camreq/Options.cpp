@@ -390,9 +390,15 @@ Run and report:
   --log                     the library's own lines on standard error
   --quiet                   no live status lines
   --save-frames DIR         write every JPEG picture received into DIR
-  --sdp FILE                write an SDP file for each RTP stream set up (ffplay FILE)
+  --sdp FILE                write an SDP file for each RTP stream set up, for
+                            ffplay -protocol_whitelist file,udp,rtp FILE (several:
+                            FILE-N for position N); a unicast stream is passed on
+                            to its port + 2 for the player, a group is joined by it
   --json FILE               write the summary as JSON
   --help                    this text
+
+A play-back (play, h264play) is only set up by its requester: camreq reports it
+running (as the media process does once it plays) and sends its keep-alive.
 
 Exit status: 0 when every requester reached RUN and was back at IDLE after the
 stop, 1 otherwise, 2 for bad input (one line on standard error says what).
