@@ -11,7 +11,7 @@ char* KelEncrypt(const char* pcKey, const char* pcData, char* pcOut) {
   const char* data = pcData != nullptr ? pcData : "";
   bool dataEnded = false;
   uint8_t prev = 0;
-  for (int i = 0; i < kKelCryptBytes; ++i) {
+  for (size_t i = 0; i < static_cast<size_t>(kKelCryptBytes); ++i) {
     uint8_t c = 0;
     if (!dataEnded) {
       c = static_cast<uint8_t>(data[i]);
@@ -28,7 +28,7 @@ char* KelEncrypt(const char* pcKey, const char* pcData, char* pcOut) {
     pcOut[2 * i] = kHex[prev >> 4];
     pcOut[2 * i + 1] = kHex[prev & 0x0F];
   }
-  pcOut[2 * kKelCryptBytes] = '\0';
+  pcOut[kKelCryptTextSize - 1] = '\0';
   return pcOut;
 }
 

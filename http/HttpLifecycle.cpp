@@ -9,7 +9,7 @@ namespace {
 constexpr int32_t kInvalidCmdType = 3;  // until the upper layer sets the type
 }
 
-CCamRequester_Cgi_Kobu_Http::CCamRequester_Cgi_Kobu_Http() : CCamRequester(), CamRequesterFields() {
+CCamRequester_Cgi_Kobu_Http::CCamRequester_Cgi_Kobu_Http() {
   iCmdType = kInvalidCmdType;
 }
 

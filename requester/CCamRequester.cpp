@@ -38,11 +38,13 @@ CCamRequester::CCamRequester()
   pthread_mutex_init(&ThreadWaitmutex, nullptr);
   pthread_cond_init(&cThreadReadyCond, nullptr);
   pthread_mutex_init(&Retrymutex, nullptr);
-  ConnectErrorInitialize();
+  // The base's own: no derived part exists yet.
+  CCamRequester::ConnectErrorInitialize();
 }
 
 CCamRequester::~CCamRequester() {
-  StopChildThread();
+  // The base's own: the derived part is already gone.
+  CCamRequester::StopChildThread();
   int ret = pthread_mutex_destroy(&ThreadWaitmutex);
   if (ret != 0) COM_printf("~CCamRequester:: [Error] ThreadWaitmutex Delete ret=%x\n", ret);
   ret = pthread_mutex_destroy(&Retrymutex);

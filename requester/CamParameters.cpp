@@ -307,17 +307,26 @@ int SetProxy(CCamRequester& requester, CamRequesterFields& fields, const CamPara
 }
 
 int SetFrate(CCamRequester& requester, CamRequesterFields& fields, const void* pParam) {
-  static const BoundedIndex kFrate = {
-      kHighestFrate, "SetParameterFrate [Error] pParam invalid=%d\n",
-      "SetParameterFrate [DEBUG] usFrate=%d \n", "SetParameterFrate [Error] invalid param\n"};
+  static constexpr BoundedIndex kFrate = [] {
+    BoundedIndex b{};
+    b.usHighest = kHighestFrate;
+    b.pcInvalidFormat = "SetParameterFrate [Error] pParam invalid=%d\n";
+    b.pcStoredFormat = "SetParameterFrate [DEBUG] usFrate=%d \n";
+    b.pcNullMessage = "SetParameterFrate [Error] invalid param\n";
+    return b;
+  }();
   return SetBoundedIndex(requester, fields.usFrate, kFrate, pParam);
 }
 
 int SetResolution(CCamRequester& requester, CamRequesterFields& fields, const void* pParam) {
-  static const BoundedIndex kResolution = {kHighestResolution,
-                                           "SetParameterResolution [Error] pParam invalid=%d\n",
-                                           "SetParameterResolution [DEBUG] usResolution=%d \n",
-                                           "SetParameterResolution [Error] invalid param\n"};
+  static constexpr BoundedIndex kResolution = [] {
+    BoundedIndex b{};
+    b.usHighest = kHighestResolution;
+    b.pcInvalidFormat = "SetParameterResolution [Error] pParam invalid=%d\n";
+    b.pcStoredFormat = "SetParameterResolution [DEBUG] usResolution=%d \n";
+    b.pcNullMessage = "SetParameterResolution [Error] invalid param\n";
+    return b;
+  }();
   return SetBoundedIndex(requester, fields.usResolution, kResolution, pParam);
 }
 

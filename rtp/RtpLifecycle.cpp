@@ -9,7 +9,9 @@ namespace {
 constexpr int32_t kInvalidCmdType = 5;  // until the upper layer sets the type
 }
 
-CCamRequester_Cgi_Kobu_Rtp::CCamRequester_Cgi_Kobu_Rtp() : CCamRequester(), CamRequesterFields() { iCmdType = kInvalidCmdType; }
+CCamRequester_Cgi_Kobu_Rtp::CCamRequester_Cgi_Kobu_Rtp() {
+  iCmdType = kInvalidCmdType;
+}
 
 CCamRequester_Cgi_Kobu_Rtp::~CCamRequester_Cgi_Kobu_Rtp() {
   // Session code still running on the request thread sees this first and

@@ -8,9 +8,9 @@ namespace kxhttp {
 namespace {
 
 // A part larger than this is a broken stream, not a picture.
-constexpr uint64_t kMaxPartBytes = 16 * 1024 * 1024;
+constexpr uint64_t kMaxPartBytes = uint64_t{16} * 1024 * 1024;
 // Text before the first delimiter longer than this is no push.
-constexpr size_t kMaxPreambleBytes = 64 * 1024;
+constexpr size_t kMaxPreambleBytes = size_t{64} * 1024;
 // Blanks after a delimiter, before its line end, that are still padding.
 constexpr size_t kMaxPaddingBytes = 1024;
 

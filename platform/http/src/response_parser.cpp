@@ -8,7 +8,7 @@ namespace kxhttp {
 namespace {
 
 // A head longer than this is not a camera's answer.
-constexpr size_t kMaxHeadBytes = 64 * 1024;
+constexpr size_t kMaxHeadBytes = size_t{64} * 1024;
 constexpr char kHttpPrefix[] = "HTTP/";
 constexpr size_t kHttpPrefixLength = sizeof kHttpPrefix - 1;
 
