@@ -23,8 +23,7 @@ int SessionSelfAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr) 
   return getsockname(SessionSocket(psSession), reinterpret_cast<sockaddr*>(psAddr), &iLength);
 }
 
-int SessionPeerAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr,
-                       socklen_t iLength) {
+int SessionPeerAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr, socklen_t iLength) {
   std::memset(psAddr, 0, sizeof(*psAddr));
   if (iLength > sizeof(*psAddr)) iLength = sizeof(*psAddr);
   return getpeername(SessionSocket(psSession), reinterpret_cast<sockaddr*>(psAddr), &iLength);

@@ -30,8 +30,7 @@ int SessionSelfAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr);
 // *psAddr (zeroed first): the camera's (or the proxy's) address. A shorter
 // length keeps the family and cuts the rest, as the socket call does.
 // Returns the call's result; -1 without a socket.
-int SessionPeerAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr,
-                       socklen_t iLength);
+int SessionPeerAddress(const HTTP_SESSION* psSession, sockaddr_storage* psAddr, socklen_t iLength);
 
 // The two addresses that the set-up reply parser reads, as it takes them:
 // this device's own (whole storage offered), and the camera's with a
