@@ -140,9 +140,10 @@ int CloseSessionPush(CCamRequester& rReq, CamRequesterFields& rF) {
                         "CloseSessionPush", static_cast<void*>(rF.psSessionPush),
                         static_cast<void*>(rF.psSession));
   if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP || rF.iCmdType == CAM_REQUESTER_CMD_G726_HTTP) {
-    // The upper layer lets go of the handle before it is closed, even while
-    // the requester is being destroyed: it may still be reading the push.
-    if (CCamRequesterNotify* pUpper = camses::PushHolder(rF)) {
+    // The upper layer lets go of the handle before it is closed. While the
+    // requester is being destroyed it is told nothing: a reader still on the
+    // push then sees the session end (the client never reads a closed one).
+    if (CCamRequesterNotify* pUpper = camses::UpperLayer(rF)) {
       pUpper->NotifyCamRequesterHandle(rF.iUid, nullptr);
     } else if (rF.iCmdType == CAM_REQUESTER_CMD_JPEG_HTTP) {
       rReq.CamReqCOM_printf("StreamStartCommandExec [Error] JPEG p_notify_to_upper=NULL\n");
