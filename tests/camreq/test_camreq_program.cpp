@@ -255,8 +255,8 @@ TEST(CamreqProgram, GoesThroughTheProxyUnlessTheCameraIsAnException) {
   CAMTEST_REQUIRE_PROGRAM(sTinyproxy, "tinyproxy");
   camtest::TempDir sDir;
   camtest::ChildServer sProxy;
-  const unsigned short usProxyPort = camtest::UnusedPort("127.0.0.1");
-  ASSERT_TRUE(camtest::StartTinyproxy(sProxy, sDir, sTinyproxy, usProxyPort));
+  ASSERT_TRUE(camtest::StartTinyproxy(sProxy, sDir, sTinyproxy));
+  const unsigned short usProxyPort = sProxy.port();
   Process sCamsim;
   ASSERT_TRUE(sCamsim.Start(
       CAMSIM_PROGRAM, {"--verbose", "--listen", "127.0.0.1:0", "--model", "7", "--delivery", "uni"},

@@ -12,9 +12,9 @@ class ProxyRoadTest : public HttpRequesterTest {
   void SetUp() override {
     HttpRequesterTest::SetUp();
     CAMTEST_REQUIRE_PROGRAM(sProgram, "tinyproxy");
-    usProxyPort = camtest::UnusedPort("127.0.0.1");
-    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram, usProxyPort))
+    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram))
         << "tinyproxy did not start: " << dir.read("tinyproxy.log");
+    usProxyPort = proxy.port();
   }
   void TearDown() override {
     proxy.stop();

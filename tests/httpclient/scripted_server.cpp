@@ -11,7 +11,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "CamChildServer.h"
+#include "CamTestTiming.h"
 
 namespace httptest {
 namespace {
@@ -69,7 +69,7 @@ bool Connection::wait_stop(Milliseconds limit) {
 
 std::string Connection::read_head(Milliseconds limit) {
   std::string head;
-  auto deadline = Clock::now() + limit;
+  auto deadline = Clock::now() + camtest::Scaled(limit);
   while (head.find("\r\n\r\n") == std::string::npos) {
     pollfd pfds[2] = {{fd_, POLLIN, 0}, {stopFd_, POLLIN, 0}};
     if (poll(pfds, 2, remaining(deadline)) <= 0 || (pfds[1].revents & POLLIN)) return std::string();
@@ -154,7 +154,7 @@ int ScriptedServer::accepted() {
 
 bool ScriptedServer::wait_idle(Milliseconds limit) {
   std::unique_lock<std::mutex> guard(mutex_);
-  return idle_.wait_for(guard, limit, [this] { return active_ == 0; });
+  return idle_.wait_for(guard, camtest::Scaled(limit), [this] { return active_ == 0; });
 }
 
 void ScriptedServer::accept_loop() {
@@ -189,10 +189,6 @@ std::string response(const std::string& statusLine, const std::string& body,
   for (const std::string& header : headers) text += header + "\r\n";
   if (withLength) text += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   return text + "\r\n" + body;
-}
-
-unsigned short unused_port(const char* address) {
-  return camtest::UnusedPort(address);
 }
 
 int open_fd_count() {

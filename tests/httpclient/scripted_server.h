@@ -81,9 +81,6 @@ class ScriptedServer {
 std::string response(const std::string& statusLine, const std::string& body,
                      const std::vector<std::string>& headers = {}, bool withLength = true);
 
-// A port on loopback with nobody listening.
-unsigned short unused_port(const char* address);
-
 // Number of open file descriptors of this process.
 int open_fd_count();
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "CamChildServer.h"
 #include "http_fixture.h"
 
 using namespace httptest;
@@ -107,10 +108,11 @@ TEST_F(HttpClientTest, Ipv6LoopbackWorksAndHostHasBrackets) {
 }
 
 TEST_F(HttpClientTest, RefusedConnectionOpensNothingAndLeavesNoDescriptor) {
-  unsigned short port = unused_port("127.0.0.1");
+  camtest::RefusingPort refusing4("127.0.0.1");
+  camtest::RefusingPort refusing6("::1");
   int before = open_fd_count();
-  EXPECT_EQ(nullptr, open_session("127.0.0.1", port));
-  EXPECT_EQ(nullptr, open_session("::1", unused_port("::1")));
+  EXPECT_EQ(nullptr, open_session("127.0.0.1", refusing4.port()));
+  EXPECT_EQ(nullptr, open_session("::1", refusing6.port()));
   EXPECT_EQ(before, open_fd_count());
 }
 

@@ -2,9 +2,11 @@
 // through a forwarding proxy, and Digest answered to a real web server.
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "CamChildServer.h"
 #include "digest_check.h"
@@ -78,8 +80,9 @@ TEST_F(HttpClientTest, ThroughAProxyAnIpv6CameraIsBracketed) {
 }
 
 TEST_F(HttpClientTest, ProxyThatRefusesOpensNothing) {
+  RefusingPort refusing("127.0.0.1");
   int before = open_fd_count();
-  EXPECT_EQ(nullptr, open_via_proxy("127.0.0.1", 80, "127.0.0.1", unused_port("127.0.0.1")));
+  EXPECT_EQ(nullptr, open_via_proxy("127.0.0.1", 80, "127.0.0.1", refusing.port()));
   EXPECT_EQ(nullptr, open_via_proxy("127.0.0.1", 80, "no-such-proxy.invalid", 8080));
   EXPECT_EQ(before, open_fd_count());
 }
@@ -91,13 +94,15 @@ class RealProxyTest : public HttpClientTest {
   void SetUp() override {
     HttpClientTest::SetUp();
     CAMTEST_REQUIRE_PROGRAM(program, "tinyproxy");
-    proxyPort_ = unused_port("127.0.0.1");
-    dir_.write("tinyproxy.conf", "Port " + std::to_string(proxyPort_) +
-                                     "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
-                                     "Allow 127.0.0.1\nDisableViaHeader Yes\nLogLevel Info\n");
-    ASSERT_TRUE(proxy_.start({program, "-d", "-c", dir_.path() + "/tinyproxy.conf"},
-                             dir_.path() + "/tinyproxy.log", "127.0.0.1", proxyPort_))
+    const auto configure = [&](unsigned short port) {
+      dir_.write("tinyproxy.conf", "Port " + std::to_string(port) +
+                                       "\nListen 127.0.0.1\nTimeout 30\nMaxClients 20\n"
+                                       "Allow 127.0.0.1\nDisableViaHeader Yes\nLogLevel Info\n");
+      return std::vector<std::string>{program, "-d", "-c", dir_.path() + "/tinyproxy.conf"};
+    };
+    ASSERT_TRUE(proxy_.start(configure, dir_.path() + "/tinyproxy.log", "127.0.0.1"))
         << "tinyproxy did not start: " << dir_.read("tinyproxy.log");
+    proxyPort_ = proxy_.port();
   }
   void TearDown() override {
     proxy_.stop();
@@ -161,14 +166,47 @@ TEST_F(RealProxyTest, DigestIsAnsweredThroughTheProxy) {
 }
 
 TEST_F(RealProxyTest, CameraThatIsDownGivesTheProxysError) {
-  HTTP_SESSION* session =
-      open_via_proxy("127.0.0.1", unused_port("127.0.0.1"), "127.0.0.1", proxyPort_);
+  RefusingPort camera("127.0.0.1");
+  HTTP_SESSION* session = open_via_proxy("127.0.0.1", camera.port(), "127.0.0.1", proxyPort_);
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;
   uint32_t code = get(session, "/x", buffer);
   // The proxy answers with a server error of its own.
   EXPECT_EQ(0x500u, code & 0x500) << std::hex << code;
   EXPECT_EQ(0, http_close_session(session));
+}
+
+// A program that takes the server's port between the probe and the server's
+// own bind: the server fails to bind, and is started again on a fresh port.
+TEST(ChildServerTest, ServerWhosePortWasTakenStartsOnAnother) {
+  CAMTEST_REQUIRE_PROGRAM(program, "tinyproxy");
+  TempDir dir;
+  ChildServer proxy;
+  std::vector<unsigned short> tried;
+  int taker = -1;
+  const auto configure = [&](unsigned short port) {
+    tried.push_back(port);
+    if (tried.size() == 1) {
+      taker = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+      sockaddr_in address{};
+      address.sin_family = AF_INET;
+      address.sin_port = htons(port);
+      address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+      EXPECT_EQ(0, bind(taker, reinterpret_cast<sockaddr*>(&address), sizeof address));
+      EXPECT_EQ(0, listen(taker, 4));
+    }
+    dir.write("tinyproxy.conf", "Port " + std::to_string(port) +
+                                    "\nListen 127.0.0.1\nAllow 127.0.0.1\nLogLevel Info\n");
+    return std::vector<std::string>{program, "-d", "-c", dir.path() + "/tinyproxy.conf"};
+  };
+  EXPECT_TRUE(proxy.start(configure, dir.path() + "/tinyproxy.log", "127.0.0.1"))
+      << dir.read("tinyproxy.log");
+  ASSERT_EQ(2u, tried.size());
+  EXPECT_NE(tried[0], tried[1]);
+  EXPECT_EQ(tried[1], proxy.port());
+  proxy.stop();
+  EXPECT_EQ(0, proxy.port());
+  close(taker);
 }
 
 // ---- a real web server with Digest ---------------------------------------
@@ -179,7 +217,6 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
     HttpClientTest::SetUp();
     CAMTEST_REQUIRE_PROGRAM(program, "lighttpd");
     address_ = GetParam();
-    port_ = unused_port(address_);
     const std::string root = dir_.path();
     const std::string bind =
         std::strchr(address_, ':') ? "[" + std::string(address_) + "]" : address_;
@@ -193,37 +230,40 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
                    ":cam-sha:" + hash_hex("SHA-256", std::string(kUser) + ":cam-sha:" + kPassword) +
                    "\n" + kUser + ":cam-both:" +
                    hash_hex("SHA-256", std::string(kUser) + ":cam-both:" + kPassword) + "\n");
-    dir_.write(
-        "lighttpd.conf",
-        "server.document-root = \"" + root +
-            "/www\"\n"
-            "server.port = " +
-            std::to_string(port_) +
-            "\n"
-            "server.bind = \"" +
-            bind +
-            "\"\n"
-            "server.errorlog = \"" +
-            root +
-            "/error.log\"\n"
-            "server.modules = (\"mod_auth\", \"mod_authn_file\")\n"
-            "auth.backend = \"htdigest\"\n"
-            "auth.backend.htdigest.userfile = \"" +
-            root +
-            "/htdigest\"\n"
-            "auth.require = (\n"
-            "  \"/secret/\" => (\"method\" => \"digest\", \"realm\" => \"cam-md5\",\n"
-            "                   \"algorithm\" => \"MD5\", \"require\" => \"valid-user\"),\n"
-            "  \"/sha/\" => (\"method\" => \"digest\", \"realm\" => \"cam-sha\",\n"
-            "                \"algorithm\" => \"SHA-256\", \"require\" => \"valid-user\"),\n"
-            // Two challenges; only the SHA-256 answer can be checked.
-            "  \"/both/\" => (\"method\" => \"digest\", \"realm\" => \"cam-both\",\n"
-            "                \"algorithm\" => \"MD5|SHA-256\", \"require\" => \"valid-user\"))\n"
-            "mimetype.assign = (\".mjpg\" => "
-            "\"multipart/x-mixed-replace; boundary=\\\"--zz\\\"\")\n");
-    ASSERT_TRUE(server_.start({program, "-D", "-f", root + "/lighttpd.conf"},
-                              root + "/lighttpd.log", address_, port_))
+    const auto configure = [&](unsigned short port) {
+      dir_.write(
+          "lighttpd.conf",
+          "server.document-root = \"" + root +
+              "/www\"\n"
+              "server.port = " +
+              std::to_string(port) +
+              "\n"
+              "server.bind = \"" +
+              bind +
+              "\"\n"
+              "server.errorlog = \"" +
+              root +
+              "/error.log\"\n"
+              "server.modules = (\"mod_auth\", \"mod_authn_file\")\n"
+              "auth.backend = \"htdigest\"\n"
+              "auth.backend.htdigest.userfile = \"" +
+              root +
+              "/htdigest\"\n"
+              "auth.require = (\n"
+              "  \"/secret/\" => (\"method\" => \"digest\", \"realm\" => \"cam-md5\",\n"
+              "                   \"algorithm\" => \"MD5\", \"require\" => \"valid-user\"),\n"
+              "  \"/sha/\" => (\"method\" => \"digest\", \"realm\" => \"cam-sha\",\n"
+              "                \"algorithm\" => \"SHA-256\", \"require\" => \"valid-user\"),\n"
+              // Two challenges; only the SHA-256 answer can be checked.
+              "  \"/both/\" => (\"method\" => \"digest\", \"realm\" => \"cam-both\",\n"
+              "                \"algorithm\" => \"MD5|SHA-256\", \"require\" => \"valid-user\"))\n"
+              "mimetype.assign = (\".mjpg\" => "
+              "\"multipart/x-mixed-replace; boundary=\\\"--zz\\\"\")\n");
+      return std::vector<std::string>{program, "-D", "-f", root + "/lighttpd.conf"};
+    };
+    ASSERT_TRUE(server_.start(configure, root + "/lighttpd.log", address_))
         << "lighttpd did not start: " << dir_.read("lighttpd.log") << dir_.read("error.log");
+    port_ = server_.port();
   }
   void TearDown() override {
     server_.stop();

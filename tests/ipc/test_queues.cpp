@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "CamTestTiming.h"
 #include "ipc_test_support.h"
 
 namespace ipc_test {
@@ -75,7 +76,7 @@ TEST_F(QueueTest, QueuedMessageIsReturnedWithoutWaiting) {
   ASSERT_EQ(_COM_MsgSndMain(kRequestModule, 6, buf), KXCOM_LIB_OK);
   const auto start = Clock::now();
   KXCOM_MSGBUF* got = _COM_MsgRcvMain(0, Wait(10, 0), queue.id());
-  EXPECT_LT(MillisSince(start), 1000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(1000));
   ASSERT_EQ(got, buf);
   EXPECT_EQ(KXCOM_FreeMsgBuf_Asy(got), KXCOM_LIB_OK);
 }
@@ -87,19 +88,25 @@ TEST_F(QueueTest, EmptyQueueReturnsNullWhenTheWaitRunsOut) {
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(0, 50000), queue.id()), nullptr);
   const double elapsed = MillisSince(start);
   EXPECT_GE(elapsed, 50.0);
-  EXPECT_LT(elapsed, 5000.0);
+  EXPECT_LT(elapsed, camtest::ScaledMs(5000));
 }
 
 TEST_F(QueueTest, WaitDivisorShortensTheWait) {
   BoundQueue queue(kRequestModule, 8);
   ASSERT_GE(queue.id(), 0);
   KXCOM_SetWaitDivisor(10);
-  const auto start = Clock::now();
-  EXPECT_EQ(_COM_MsgRcvMain(0, RequestWait(), queue.id()), nullptr);
-  const double elapsed = MillisSince(start);
-  EXPECT_GE(elapsed, 10.0);
-  // Well short of the undivided 100 ms on any sane scheduler.
-  EXPECT_LT(elapsed, 90.0);
+  // Every wait lasts its divided 10 ms at least; one of a few comes in well
+  // short of the undivided 100 ms even on a loaded machine, which may hold
+  // up any single one.
+  double shortest = 1e9;
+  for (int round = 0; round < 5 && shortest >= 90.0; ++round) {
+    const auto start = Clock::now();
+    EXPECT_EQ(_COM_MsgRcvMain(0, RequestWait(), queue.id()), nullptr);
+    const double elapsed = MillisSince(start);
+    EXPECT_GE(elapsed, 10.0);
+    shortest = std::min(shortest, elapsed);
+  }
+  EXPECT_LT(shortest, 90.0);
 }
 
 TEST_F(QueueTest, WaitDivisorAddsSecondsAndMicroseconds) {
@@ -111,7 +118,7 @@ TEST_F(QueueTest, WaitDivisorAddsSecondsAndMicroseconds) {
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(1, 500000), queue.id()), nullptr);
   const double elapsed = MillisSince(start);
   EXPECT_GE(elapsed, 15.0);
-  EXPECT_LT(elapsed, 1000.0);
+  EXPECT_LT(elapsed, camtest::ScaledMs(1000));
 }
 
 TEST_F(QueueTest, WaitDivisorGetterAndLowerLimit) {
@@ -130,7 +137,7 @@ TEST_F(QueueTest, ZeroOrNegativeWaitOnlyLooks) {
   const auto start = Clock::now();
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(0, 0), queue.id()), nullptr);
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(-1, -1), queue.id()), nullptr);
-  EXPECT_LT(MillisSince(start), 1000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(1000));
 }
 
 TEST_F(QueueTest, MessageSentDuringALongWaitIsReturnedPromptly) {
@@ -153,10 +160,10 @@ TEST_F(QueueTest, MessageSentDuringALongWaitIsReturnedPromptly) {
   EXPECT_EQ(send_result.load(), KXCOM_LIB_OK);
   ASSERT_EQ(got, buf);
   // The wait was 20 s; the message ends it at once.
-  EXPECT_LT(MillisSince(start), 2000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(2000));
   const double delivery_ms =
       std::chrono::duration<double, std::milli>(received_at - sent_at).count();
-  EXPECT_LT(delivery_ms, 1000.0);
+  EXPECT_LT(delivery_ms, camtest::ScaledMs(1000));
   EXPECT_EQ(KXCOM_FreeMsgBuf_Asy(got), KXCOM_LIB_OK);
 }
 
@@ -330,7 +337,7 @@ TEST_F(QueueTest, ReceiveOnAnUnknownIdReturnsNullAtOnce) {
   const auto start = Clock::now();
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(10, 0), -1), nullptr);
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(10, 0), 1000000), nullptr);
-  EXPECT_LT(MillisSince(start), 1000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(1000));
 }
 
 TEST_F(QueueTest, ReceiveOnADeletedQueueReturnsNullAtOnce) {
@@ -340,7 +347,7 @@ TEST_F(QueueTest, ReceiveOnADeletedQueueReturnsNullAtOnce) {
   ASSERT_EQ(queue.Delete(), KXCOM_LIB_OK);
   const auto start = Clock::now();
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(10, 0), id), nullptr);
-  EXPECT_LT(MillisSince(start), 1000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(1000));
 }
 
 TEST_F(QueueTest, DeletingAQueueEndsAWaitingReceive) {
@@ -354,7 +361,7 @@ TEST_F(QueueTest, DeletingAQueueEndsAWaitingReceive) {
   const int id = queue.id();
   const auto start = Clock::now();
   EXPECT_EQ(_COM_MsgRcvMain(0, Wait(20, 0), id), nullptr);
-  EXPECT_LT(MillisSince(start), 2000.0);
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(2000));
   deleter.join();
   EXPECT_EQ(delete_result.load(), KXCOM_LIB_OK);
 }

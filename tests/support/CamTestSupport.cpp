@@ -60,7 +60,7 @@ bool PrintCapture::WaitFor(const std::string& sPart, std::chrono::milliseconds t
 bool PrintCapture::WaitForCount(const std::string& sPart, int iCount,
                                 std::chrono::milliseconds tLimit) const {
   std::unique_lock<std::mutex> lock(m_mutex);
-  return m_changed.wait_for(lock, tLimit, [&] {
+  return m_changed.wait_for(lock, Scaled(tLimit), [&] {
     int n = 0;
     for (const auto& s : m_lines) n += (s.find(sPart) != std::string::npos) ? 1 : 0;
     return n >= iCount;
@@ -68,7 +68,7 @@ bool PrintCapture::WaitForCount(const std::string& sPart, int iCount,
 }
 
 bool WaitUntil(const std::function<bool()>& fnCondition, std::chrono::milliseconds tLimit) {
-  const auto tEnd = std::chrono::steady_clock::now() + tLimit;
+  const auto tEnd = std::chrono::steady_clock::now() + Scaled(tLimit);
   while (!fnCondition()) {
     if (std::chrono::steady_clock::now() >= tEnd) return fnCondition();
     std::this_thread::sleep_for(std::chrono::milliseconds(1));

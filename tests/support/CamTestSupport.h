@@ -1,5 +1,6 @@
 // Test support shared by the test groups: captures every text that reaches
-// COM_printf, and waits on conditions with deadlines instead of sleeping.
+// COM_printf, and waits on conditions with deadlines instead of sleeping. The
+// deadlines are widened by TimeScale() (CamTestTiming.h).
 #ifndef CAM_TEST_SUPPORT_H
 #define CAM_TEST_SUPPORT_H
 
@@ -10,6 +11,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "CamTestTiming.h"
 
 namespace camtest {
 
@@ -30,7 +33,8 @@ class PrintCapture {
   // Number of texts containing sPart.
   int CountContaining(const std::string& sPart) const;
   bool Contains(const std::string& sPart) const { return CountContaining(sPart) > 0; }
-  // Waits until some text contains sPart; false after the deadline.
+  // Waits until some text contains sPart; false after the deadline
+  // (tLimit, scaled).
   bool WaitFor(const std::string& sPart,
                std::chrono::milliseconds tLimit = std::chrono::seconds(10)) const;
   // Waits until at least iCount texts contain sPart.
@@ -44,8 +48,8 @@ class PrintCapture {
   std::vector<std::string> m_lines;
 };
 
-// Polls fnCondition until it holds or the deadline passes. For state that
-// has no notification of its own (a status word, a counter).
+// Polls fnCondition until it holds or the deadline (tLimit, scaled) passes.
+// For state that has no notification of its own (a status word, a counter).
 bool WaitUntil(const std::function<bool()>& fnCondition,
                std::chrono::milliseconds tLimit = std::chrono::seconds(10));
 

@@ -11,9 +11,9 @@ class ProxyTest : public ::testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
     CAMTEST_REQUIRE_PROGRAM(sProgram, "tinyproxy");
-    usProxyPort = camtest::UnusedPort("127.0.0.1");
-    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram, usProxyPort))
+    ASSERT_TRUE(camtest::StartTinyproxy(proxy, dir, sProgram))
         << "tinyproxy did not start: " << dir.read("tinyproxy.log");
+    usProxyPort = proxy.port();
     pDevice = StartDevice(GetParam(), CAM_REQUESTER_CAMTYPE_CAM07);
     ASSERT_NE(pDevice, nullptr);
     Aim(http, *pDevice, CAM_REQUESTER_CAMTYPE_CAM07);
