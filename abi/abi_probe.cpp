@@ -38,7 +38,7 @@ long OffsetOf(Pdm pdm) {
 #define SLOT(name) std::printf("slot CCamRequester %3ld %s\n", SlotOf(&CCamRequester::name), #name)
 #define NOTIFY_SLOT(name) \
   std::printf("slot CCamRequesterNotify %3ld %s\n", SlotOf(&CCamRequesterNotify::name), #name)
-#define FIELD(name)                                                                   \
+#define FIELD(name)                                                                 \
   std::printf("field CCamRequester %4ld %3zu %s\n", OffsetOf(&CCamRequester::name), \
               sizeof(static_cast<CCamRequester*>(nullptr)->name), #name)
 #define SIZE(type) std::printf("size %s %zu\n", #type, sizeof(type))

@@ -7,7 +7,8 @@
 #include "CCamRequester.h"
 #include "CamRequesterFields.h"
 
-class CAMREQ_API CCamRequester_Cgi_Kobu_Http : public virtual CCamRequester, public CamRequesterFields {
+class CAMREQ_API CCamRequester_Cgi_Kobu_Http : public virtual CCamRequester,
+                                               public CamRequesterFields {
  public:
   CCamRequester_Cgi_Kobu_Http();
   ~CCamRequester_Cgi_Kobu_Http() override;

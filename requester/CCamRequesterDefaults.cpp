@@ -89,7 +89,8 @@ int CCamRequester::SearchNumber(char* pcText, char* pcKey, int* piValue) {
   return 0;
 }
 
-int CCamRequester::SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut, int iOutSize) {
+int CCamRequester::SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut,
+                                int iOutSize) {
   (void)pcText;
   (void)pcKey;
   (void)pcStopChars;

@@ -15,7 +15,9 @@ constexpr int kFirstCameraNumber = 1;
 constexpr int kLastCameraNumber = 262;
 constexpr int kUidFailed = -2;  // result of a set-up that got no UID
 
-bool IsCountedPosition(int iPos) { return iPos >= kFirstPosition && iPos <= kLastPosition; }
+bool IsCountedPosition(int iPos) {
+  return iPos >= kFirstPosition && iPos <= kLastPosition;
+}
 
 }  // namespace
 

@@ -12,31 +12,31 @@
 
 // ---- Parameter kinds of SetParameter(kind, record, size) ------------------
 enum CamParamKind : long {
-  CAM_PARAM_IPADDRESS = 0,        // text
-  CAM_PARAM_HTTPPORT = 1,         // int32
-  CAM_PARAM_RTPPORT = 2,          // int32 (RTP requester only)
-  CAM_PARAM_CMDTYPE = 3,          // int32
-  CAM_PARAM_UID = 4,              // CAM_UID_PARAM
-  CAM_PARAM_CALLBACK = 5,         // the CCamRequesterNotify object itself
-  CAM_PARAM_AUTH = 6,             // CAM_AUTH_PARAM
-  CAM_PARAM_PROXY = 7,            // CAM_PROXY_PARAM
-  CAM_PARAM_FRATE = 8,            // uint16 (HTTP requester only)
-  CAM_PARAM_RESOLUTION = 9,       // uint16 (HTTP requester only)
-  CAM_PARAM_CAMTYPE = 10,         // CAM_TYPE_PARAM
-  CAM_PARAM_PRESET = 11,          // uint16
-  CAM_PARAM_SELCH = 12,           // uint16
-  CAM_PARAM_SCREENPOS = 13,       // int32
-  CAM_PARAM_KELINFO = 14,         // CAM_KEL_INFO
-  CAM_PARAM_SAMEUIDGROUP_KEL = 15,  // int32
-  CAM_PARAM_CTRLFLAG_KEL = 16,      // int32
-  CAM_PARAM_KEEPALIVEFLAG_KEL = 17, // int32
-  CAM_PARAM_CHANGESTATUS_KEL = 18,  // any, not read
-  CAM_PARAM_PLAYMODE = 19,        // int32
-  CAM_PARAM_STATUSCHANGE = 20,    // int32
-  CAM_PARAM_STREAM = 21,          // uint8 (RTP requester only)
-  CAM_PARAM_CAMNO = 22,           // int32
-  CAM_PARAM_HTTPERROR = 23,       // any, not read (HTTP requester only)
-  CAM_PARAM_DEBUGINFO = 999       // any non-null address
+  CAM_PARAM_IPADDRESS = 0,           // text
+  CAM_PARAM_HTTPPORT = 1,            // int32
+  CAM_PARAM_RTPPORT = 2,             // int32 (RTP requester only)
+  CAM_PARAM_CMDTYPE = 3,             // int32
+  CAM_PARAM_UID = 4,                 // CAM_UID_PARAM
+  CAM_PARAM_CALLBACK = 5,            // the CCamRequesterNotify object itself
+  CAM_PARAM_AUTH = 6,                // CAM_AUTH_PARAM
+  CAM_PARAM_PROXY = 7,               // CAM_PROXY_PARAM
+  CAM_PARAM_FRATE = 8,               // uint16 (HTTP requester only)
+  CAM_PARAM_RESOLUTION = 9,          // uint16 (HTTP requester only)
+  CAM_PARAM_CAMTYPE = 10,            // CAM_TYPE_PARAM
+  CAM_PARAM_PRESET = 11,             // uint16
+  CAM_PARAM_SELCH = 12,              // uint16
+  CAM_PARAM_SCREENPOS = 13,          // int32
+  CAM_PARAM_KELINFO = 14,            // CAM_KEL_INFO
+  CAM_PARAM_SAMEUIDGROUP_KEL = 15,   // int32
+  CAM_PARAM_CTRLFLAG_KEL = 16,       // int32
+  CAM_PARAM_KEEPALIVEFLAG_KEL = 17,  // int32
+  CAM_PARAM_CHANGESTATUS_KEL = 18,   // any, not read
+  CAM_PARAM_PLAYMODE = 19,           // int32
+  CAM_PARAM_STATUSCHANGE = 20,       // int32
+  CAM_PARAM_STREAM = 21,             // uint8 (RTP requester only)
+  CAM_PARAM_CAMNO = 22,              // int32
+  CAM_PARAM_HTTPERROR = 23,          // any, not read (HTTP requester only)
+  CAM_PARAM_DEBUGINFO = 999          // any non-null address
 };
 
 // ---- Information kinds of GetInfo(kind, record) ---------------------------
@@ -99,9 +99,9 @@ enum CamHttpEvent {
 #define CAM_UIDMSG_ID 0x2203001Cu
 #define CAM_UIDMSG_DESTINATION 34
 typedef struct CAM_UIDMSG {
-  int32_t iPos;       // screen position minus 1
-  int32_t iCamNo;     // camera number (parameter kind 22)
-  int32_t iResult;    // 1 = the UID could not be obtained, 0 = success
+  int32_t iPos;     // screen position minus 1
+  int32_t iCamNo;   // camera number (parameter kind 22)
+  int32_t iResult;  // 1 = the UID could not be obtained, 0 = success
 } CAM_UIDMSG;
 
 // Alarm codes of the connection-error report.
@@ -121,11 +121,11 @@ enum CamAlarmCode {
 
 // Kind 4 (200 bytes): only the UID and the audio enable are read.
 typedef struct CAM_UID_PARAM {
-  int32_t iReserved;          // not read
+  int32_t iReserved;  // not read
   int32_t iUid;
-  int32_t iAudioBitrate;      // not read
+  int32_t iAudioBitrate;  // not read
   int32_t iAudioEnable;
-  uint8_t aucReserved[184];   // not read
+  uint8_t aucReserved[184];  // not read
 } CAM_UID_PARAM;
 
 // Kind 6: each text is copied up to its terminating zero.
@@ -146,9 +146,9 @@ typedef struct CAM_PROXY_PARAM {
 
 // Kind 10.
 typedef struct CAM_TYPE_PARAM {
-  uint16_t usCameraNumber;    // 1..262, 0 = none
-  uint16_t usCameraType;      // 0..36, see requester/CamTypes.h
-  int32_t iReserved;          // not read
+  uint16_t usCameraNumber;      // 1..262, 0 = none
+  uint16_t usCameraType;        // 0..36, see requester/CamTypes.h
+  int32_t iReserved;            // not read
   char CamName[CAM_TEXT_SIZE];  // model name, only printed
 } CAM_TYPE_PARAM;
 
@@ -164,21 +164,21 @@ typedef struct CAM_KEL_INFO {
   int32_t iUid;
   int32_t iAudioBitrate;
   int32_t iAudioEnable;
-  int32_t iSelfFamily;        // family of this device's address
-  uint16_t usReserved;        // kept as given
-  uint8_t ucMulticast;        // 1 = delivered by multicast
+  int32_t iSelfFamily;  // family of this device's address
+  uint16_t usReserved;  // kept as given
+  uint8_t ucMulticast;  // 1 = delivered by multicast
   char cMultiAddr[CAM_TEXT_SIZE];
-  uint8_t ucReserved;         // kept as given
+  uint8_t ucReserved;  // kept as given
   char cSelfAddr[CAM_TEXT_SIZE];
   int32_t iRtpPort;
   int32_t iUniPort;
   int32_t iAudioInPort;
-  int32_t iPeerFamily;        // family of the recorder's address
+  int32_t iPeerFamily;  // family of the recorder's address
 } CAM_KEL_INFO;
 
 // Information kind 1: is the described camera the one this object serves?
 typedef struct CAM_CAMINFO_PARAM {
-  int32_t iReserved;          // not read
+  int32_t iReserved;  // not read
   char cIpAddr[CAM_TEXT_SIZE];
   int32_t iHttpPort;
   char cUserName[CAM_TEXT_SIZE];
@@ -186,8 +186,8 @@ typedef struct CAM_CAMINFO_PARAM {
   uint16_t usCameraType;
   char CamName[CAM_TEXT_SIZE];
   uint16_t usSelectChNo;
-  uint16_t usFrate;           // compared by the HTTP requester only
-  uint16_t usResolution;      // compared by the HTTP requester only
+  uint16_t usFrate;       // compared by the HTTP requester only
+  uint16_t usResolution;  // compared by the HTTP requester only
 } CAM_CAMINFO_PARAM;
 
 // ---- The notification object ----------------------------------------------
@@ -204,8 +204,7 @@ class CAMREQ_API CCamRequesterNotify {
                                int iUniPort, int iAudioInPort) = 0;
   // Session-information notification of the HTTP requester: the UID and the
   // first HTTP_SESSION_INFO_SIZE bytes of the session record, or null.
-  virtual void NotifySessionInfo(int iUid, const void* pSessionInfo, int iPos,
-                                 int iCmdType) = 0;
+  virtual void NotifySessionInfo(int iUid, const void* pSessionInfo, int iPos, int iCmdType) = 0;
   // Stream-state query: 0 while the stream arrives, 1 when it stopped,
   // another non-zero value when it does not arrive.
   virtual int GetStreamState(unsigned short usCameraType, int iCmdType) = 0;

@@ -1,5 +1,5 @@
-// CCamRequester_Cgi_Kobu_Rtp: the concrete requester for MPEG-4, H.264 and G.726 streams that the camera delivers over RTP.
-// The request thread of CCamRequester calls the session commands; each
+// CCamRequester_Cgi_Kobu_Rtp: the concrete requester for MPEG-4, H.264 and G.726 streams that the
+// camera delivers over RTP. The request thread of CCamRequester calls the session commands; each
 // command is a guard over iConnectStatus that calls an Exec worker.
 #ifndef CCAMREQUESTER_CGI_KOBU_RTP_H
 #define CCAMREQUESTER_CGI_KOBU_RTP_H
@@ -7,7 +7,8 @@
 #include "CCamRequester.h"
 #include "CamRequesterFields.h"
 
-class CAMREQ_API CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester, public CamRequesterFields {
+class CAMREQ_API CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester,
+                                              public CamRequesterFields {
  public:
   CCamRequester_Cgi_Kobu_Rtp();
   ~CCamRequester_Cgi_Kobu_Rtp() override;
@@ -54,7 +55,8 @@ class CAMREQ_API CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester, publ
 
   // ---- cgi (RtpCgi.cpp)
   int SearchNumber(char* pcText, char* pcKey, int* piValue) override;
-  int SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut, int iOutSize) override;
+  int SerachString(char* pcText, char* pcKey, char* pcStopChars, char* pcOut,
+                   int iOutSize) override;
   int CheckCamInfo_RcvData(char* pcText) override;
   int CheckKeepAlive_RcvData(char* pcText) override;
   int CheckPlayMode_RcvData(char* pcText) override;
@@ -107,8 +109,7 @@ class CAMREQ_API CCamRequester_Cgi_Kobu_Rtp : public virtual CCamRequester, publ
   virtual int SetParameterRtpPort(const void* pParam);
   virtual int SetParameterStream(const void* pParam);
 
-  int CamReqCOM_printf(const char* pcFormat, ...) override
-      __attribute__((format(printf, 2, 3)));
+  int CamReqCOM_printf(const char* pcFormat, ...) override __attribute__((format(printf, 2, 3)));
 };
 
 #endif

@@ -44,7 +44,8 @@ class ConsumerNotify : public CCamRequesterNotify {
   // The media arrive (this program does not read them, so it says so).
   int GetStreamState(unsigned short, int) override { return 0; }
   void NotifyCamRequesterHandle(int iUid, HTTP_SESSION* psHandle) override {
-    std::printf("notify: push handle uid=%d %s\n", iUid, psHandle != nullptr ? "handed over" : "withdrawn");
+    std::printf("notify: push handle uid=%d %s\n", iUid,
+                psHandle != nullptr ? "handed over" : "withdrawn");
     std::fflush(stdout);
     if (psHandle != nullptr) {
       iHandlesGiven++;

@@ -18,8 +18,7 @@ constexpr int kReceiveBuffer = 4 << 20;
 constexpr uint8_t kFuA = 28;
 
 int RemainingMs(std::chrono::steady_clock::time_point deadline) {
-  auto left =
-      std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+  auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
   return left < 0 ? 0 : static_cast<int>(left);
 }
 
@@ -99,8 +98,8 @@ bool UdpReceiver::Next(RtpPacket* packet, milliseconds timeout) {
     char buffer[65536];
     sockaddr_storage from{};
     socklen_t length = sizeof from;
-    ssize_t got = recvfrom(fd_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from),
-                           &length);
+    ssize_t got =
+        recvfrom(fd_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &length);
     if (got < 0) continue;
     if (!ParseRtp(std::string(buffer, static_cast<size_t>(got)), packet)) continue;
     char text[INET6_ADDRSTRLEN] = "";

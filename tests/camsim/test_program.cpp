@@ -209,16 +209,17 @@ TEST(Program, RtpFromTheCommandLineAndTheControlSocket) {
   UdpReceiver receiver;
   ASSERT_TRUE(receiver.Open("127.0.0.1"));
   Program program;
-  ASSERT_TRUE(program.Start({"--control", "127.0.0.1:0", "--listen", "127.0.0.1:0", "--model",
-                             "CAM09", "--delivery", "uni", "--fault",
-                             "/cgi-bin/h264:rtp-end=3,times=1"}));
+  ASSERT_TRUE(
+      program.Start({"--control", "127.0.0.1:0", "--listen", "127.0.0.1:0", "--model", "CAM09",
+                     "--delivery", "uni", "--fault", "/cgi-bin/h264:rtp-end=3,times=1"}));
   uint16_t camera = program.Port(0);
   uint16_t control = program.ControlPort();
   ASSERT_NE(camera, 0);
   ASSERT_NE(control, 0);
   std::string uid = Get("127.0.0.1", camera, "/cgi-bin/getuid?FILE=2&vcodec=h264").Line("UID=");
-  std::string start = "/cgi-bin/h264?connect=start&protocol=rtp&my_port=" +
-                      std::to_string(receiver.Port()) + "&UID=" + uid;
+  std::string start =
+      "/cgi-bin/h264?connect=start&protocol=rtp&my_port=" + std::to_string(receiver.Port()) +
+      "&UID=" + uid;
   ASSERT_EQ(Get("127.0.0.1", camera, start).status, 200);
   auto ended = receiver.Frames(3);
   ASSERT_FALSE(ended.empty());

@@ -32,8 +32,8 @@ constexpr int kIdr = 5;
 constexpr milliseconds kQuiet{400};
 
 std::string VideoLine(const std::string& path, const std::string& connect, int uid, int port) {
-  return "/cgi-bin/" + path + "?connect=" + connect + "&protocol=rtp&my_port=" +
-         std::to_string(port) + "&UID=" + std::to_string(uid);
+  return "/cgi-bin/" + path + "?connect=" + connect +
+         "&protocol=rtp&my_port=" + std::to_string(port) + "&UID=" + std::to_string(uid);
 }
 
 std::string AudioLine(const std::string& connect, int uid, int port) {
@@ -335,8 +335,8 @@ TEST_F(RtpTest, StallFaultThenResume) {
   EXPECT_EQ(after[0].ssrc, before[0].ssrc);
   EXPECT_EQ(after[0].sequence, static_cast<uint16_t>(before.back().sequence + 1));
   uint32_t step = after[0].timestamp - before.back().timestamp;
-  auto stalledFor = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() -
-                                                             stalledAt);
+  auto stalledFor =
+      std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - stalledAt);
   EXPECT_GE(step, static_cast<uint32_t>(90 * stalledFor.count() / 2)) << "the clock ran on";
   H264Assembler assembler;
   for (const RtpPacket& packet : after) ASSERT_TRUE(assembler.Add(packet)) << assembler.error();

@@ -130,8 +130,7 @@ bool ReadUidArgument(const std::string& argument, int* uid) {
   return true;
 }
 
-std::string ChangeRtp(Device* device, const std::string& argument,
-                      size_t (Device::*change)(int)) {
+std::string ChangeRtp(Device* device, const std::string& argument, size_t (Device::*change)(int)) {
   int uid = kEveryUid;
   if (!ReadUidArgument(argument, &uid)) return "ERROR bad UID";
   return (device->*change)(uid) > 0 ? Ok() : "ERROR no such RTP stream";

@@ -169,7 +169,8 @@ std::vector<MediaFrame> Mpeg4Frames(const std::string& stream) {
   for (size_t i = 0; i < codes.size(); ++i) {
     size_t codeAt = codes[i] + 3;
     auto code = codeAt < stream.size() ? static_cast<uint8_t>(stream[codeAt]) : 0;
-    if (code == kVisualObjectSequenceStartCode || (code >= kVolStartCodeFirst && code <= kVolStartCodeLast)) {
+    if (code == kVisualObjectSequenceStartCode ||
+        (code >= kVolStartCodeFirst && code <= kVolStartCodeLast)) {
       configHere = true;
     }
     if (config.empty() && configHere && (code == kVopStartCode || code == kGovStartCode)) {

@@ -62,8 +62,7 @@ unsigned InterfaceOf(const in6_addr& address) {
 // through the loopback interface when the device listens on a loopback or
 // wildcard address (or one of the other family). On the loopback interface
 // the TTL (hop limit) is 0: the packets reach this host's receivers only.
-bool SetMulticastOptions(int fd, int family, const std::string& deviceAddress,
-                         std::string* error) {
+bool SetMulticastOptions(int fd, int family, const std::string& deviceAddress, std::string* error) {
   sockaddr_storage own{};
   socklen_t ownLength = 0;
   bool haveOwn = MakeAddress(deviceAddress, 0, &own, &ownLength) && own.ss_family == family;
@@ -157,8 +156,8 @@ struct RtpSender::Stream {
   uint32_t clockPerTick = 0;
   Clock::duration interval{};
   Clock::time_point started;
-  uint64_t tick = 0;  // the next tick to send; it is due at started + tick * interval
-  size_t position = 0;  // the clip's next frame
+  uint64_t tick = 0;     // the next tick to send; it is due at started + tick * interval
+  size_t position = 0;   // the clip's next frame
   bool markNext = true;  // audio: the first packet of a talk-spurt carries the marker
   RtpPlan plan;
   bool ended = false;
@@ -383,8 +382,8 @@ void RtpSender::ResumeStream(Stream* stream, Clock::time_point now) {
   stream->resumeByItself = false;
   // The clock ran on while nothing was sent: the next tick is the one due now.
   auto elapsed = now - stream->started;
-  stream->tick = static_cast<uint64_t>((elapsed + stream->interval - Clock::duration(1)) /
-                                       stream->interval);
+  stream->tick =
+      static_cast<uint64_t>((elapsed + stream->interval - Clock::duration(1)) / stream->interval);
   // A receiver that lost the stream can decode again from a key frame.
   const std::vector<MediaFrame>& frames = stream->clip->frames;
   for (size_t step = 0; step < frames.size(); ++step) {

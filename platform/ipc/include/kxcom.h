@@ -30,17 +30,17 @@ extern "C" {
 #define KXCOM_LIB_OK 0
 
 /* Error codes (all non-zero, returned instead of crashing on misuse). */
-#define KXCOM_ERR_PARAM       (-1) /* null or unknown buffer, bad argument    */
-#define KXCOM_ERR_NO_QUEUE    (-2) /* no queue bound at (module, index)        */
-#define KXCOM_ERR_BOUND       (-3) /* a queue is already bound there           */
-#define KXCOM_ERR_DELETED     (-4) /* the queue id names no live queue         */
+#define KXCOM_ERR_PARAM (-1)       /* null or unknown buffer, bad argument    */
+#define KXCOM_ERR_NO_QUEUE (-2)    /* no queue bound at (module, index)        */
+#define KXCOM_ERR_BOUND (-3)       /* a queue is already bound there           */
+#define KXCOM_ERR_DELETED (-4)     /* the queue id names no live queue         */
 #define KXCOM_ERR_DOUBLE_FREE (-5) /* the buffer was already freed or handed on */
-#define KXCOM_ERR_NO_MEMORY   (-6)
+#define KXCOM_ERR_NO_MEMORY (-6)
 
 /* The message buffer. Only the code is read by the receiver directly. */
 typedef struct KXCOM_MSGBUF {
-  uint32_t ulCode;  /* queue command code or message identifier */
-  uint32_t ulSize;  /* payload size in bytes (0 when none)       */
+  uint32_t ulCode; /* queue command code or message identifier */
+  uint32_t ulSize; /* payload size in bytes (0 when none)       */
 } KXCOM_MSGBUF;
 
 /* Two-word record of a time measurement. */
