@@ -152,18 +152,26 @@ struct ControlCommand {
   const char* name;
   const char* argument;  // null: takes none
   Command apply;
+  const char* help;
   bool optional = false;  // the argument may be left out
 };
 
 constexpr ControlCommand kCommands[] = {
-    {"refuse", nullptr, Refuse},          {"accept", nullptr, Accept},
-    {"forget-uids", nullptr, ForgetUids}, {"forget-uid", "UID", ForgetUid},
-    {"uid-expiry", "MS", UidExpiry},      {"play-mode", "N", PlayMode},
-    {"filename", "TEXT", FileName},       {"push-start-status", "N", PushStartStatus},
-    {"fault", "PATH:FAULT", AddFault},    {"set-fault", "PATH:FAULT", SetFault},
-    {"clear-fault", "PATH", ClearFault},  {"clear-faults", nullptr, ClearFaults},
-    {"rtp-stall", "UID", RtpStall, true}, {"rtp-resume", "UID", RtpResume, true},
-    {"rtp-end", "UID", RtpEnd, true},
+    {"refuse", nullptr, Refuse, "close the listener: connections are refused"},
+    {"accept", nullptr, Accept, "open it again on the same port"},
+    {"forget-uids", nullptr, ForgetUids, "forget every UID, as a camera that restarts"},
+    {"forget-uid", "UID", ForgetUid, "forget one UID (ERROR unknown UID when not known)"},
+    {"uid-expiry", "MS", UidExpiry, "forget UIDs without keep-alive for MS ms (0: off)"},
+    {"play-mode", "N", PlayMode, "recorder status PLAY_MODE="},
+    {"filename", "TEXT", FileName, "recorder status: the text after FILENAME"},
+    {"push-start-status", "N", PushStartStatus, "as --push-start-status (0: normal)"},
+    {"fault", "PATH:FAULT", AddFault, "append a fault to the path's list"},
+    {"set-fault", "PATH:FAULT", SetFault, "replace the path's list by this fault"},
+    {"clear-fault", "PATH", ClearFault, "remove the path's faults"},
+    {"clear-faults", nullptr, ClearFaults, "remove every fault"},
+    {"rtp-stall", "UID", RtpStall, "the RTP streams of UID (or all) stall", true},
+    {"rtp-resume", "UID", RtpResume, "the stalled streams resume at a key frame", true},
+    {"rtp-end", "UID", RtpEnd, "the streams end for good", true},
 };
 
 }  // namespace
@@ -195,12 +203,13 @@ std::string ApplyControlLine(const std::vector<Device*>& devices, const std::str
 std::string ControlCommandsText() {
   std::string text;
   for (const ControlCommand& command : kCommands) {
-    text += std::string("  DEVICE ") + command.name;
+    std::string left = std::string("  DEVICE ") + command.name;
     if (command.argument != nullptr) {
-      text += command.optional ? std::string(" [") + command.argument + "]"
+      left += command.optional ? std::string(" [") + command.argument + "]"
                                : std::string(" ") + command.argument;
     }
-    text += "\n";
+    if (left.size() < 38) left.resize(38, ' ');
+    text += left + command.help + "\n";
   }
   return text;
 }

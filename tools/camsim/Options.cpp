@@ -5,6 +5,7 @@
 #include "Control.h"
 #include "Models.h"
 #include "Socket.h"
+#include "TypeHelp.h"
 
 namespace camsim {
 
@@ -32,8 +33,9 @@ using Apply = bool (*)(const std::string& value, DeviceOptions* device, std::str
 struct DeviceOption {
   const char* name;
   const char* argument;
-  const char* help;
+  const char* help;  // a '@' in it stands for the types of typesWith
   Apply apply;
+  unsigned typesWith = 0;  // a capability of the type table, for '@'
 };
 
 bool Bad(std::string* error, const std::string& what) {
@@ -202,8 +204,10 @@ constexpr DeviceOption kDeviceOptions[] = {
     {"--password", "TEXT", "its password; password", ApplyPassword},
     {"--realm", "TEXT", "authentication realm; camsim", ApplyRealm},
     {"--uid-start", "N", "first UID handed out; 1", ApplyUidStart},
-    {"--abitrate", "N", "aBitrate= of the getuid reply; 32", ApplyBitrate},
-    {"--aenable", "VALUE", "aEnable= of the getuid reply, a number or in; 1", ApplyEnable},
+    {"--abitrate", "N",
+     "aBitrate= of the camera getuid reply and of the login reply of recorders @; 32", ApplyBitrate,
+     kLoginAudioKeys},
+    {"--aenable", "VALUE", "aEnable= of the same replies, a number or in; 1", ApplyEnable},
     {"--delivery", "MODE", "sDelivery=: multi, uni or uni_manual; multi", ApplyDelivery},
     {"--multi-addr", "A.B.C.D", "iMultiAdd1= to iMultiAdd4=; 239.1.2.4", ApplyMultiAddress},
     {"--multi-addr6", "TEXT", "iMultiAddv6= (left out when empty); empty", ApplyMultiAddressV6},
@@ -328,12 +332,17 @@ std::string UsageText() {
     std::string left = std::string("  ") + option.name;
     if (option.argument != nullptr) left += std::string(" ") + option.argument;
     if (left.size() < 26) left.resize(26, ' ');
-    text += left + option.help + "\n";
+    std::string help = option.help;
+    size_t at = help.find('@');
+    if (at != std::string::npos) help.replace(at, 1, TypesWith(option.typesWith));
+    text += left + help + "\n";
   }
   text +=
       "\n"
-      "Each camera type answers only the lines of its row of the camera-type\n"
-      "table; other lines get 404 ERROR=NOT_FOUND (see tools/camsim/README.md).\n"
+      "What each camera type (--model) answers; any other line gets 404 with the\n"
+      "body ERROR=NOT_FOUND, a line with a UID it does not know 404 ERROR=UNKNOWN_UID:\n";
+  text += CameraTypesText();
+  text +=
       "\n"
       "RTP: an accepted start line (camera h264, mpeg4, audio with protocol=rtp;\n"
       "recorder push.cgi with PORT=) starts an RTP stream until its stop line or\n"
