@@ -1,61 +1,12 @@
 // What each camera type answers. The expectations are the camera-type
-// table of the requester's protocol, typed in here row by row: a line the
-// type's row does not have is refused with 404 and the NOT_FOUND body.
+// table of the requester's protocol, typed in row by row (TypeRows.h): a
+// line the type's row does not have is refused with 404 and the NOT_FOUND
+// body.
 #include "Fixture.h"
+#include "TypeRows.h"
 
 namespace camsim_test {
 namespace {
-
-enum KeepAliveForm { kNoKeepAlive, kFullKeepAlive, kShortKeepAlive };
-enum PresetForm { kNoPreset, kLowerPreset, kUpperPreset };
-
-struct CameraRow {
-  int model;
-  bool session;
-  bool mpeg4Interval;
-  bool h264Interval;
-  KeepAliveForm keepAlive;
-  bool video;  // MPEG-4 / H.264 start-stop
-  bool audio;  // audio start-stop (RTP and HTTP)
-  bool jpeg;   // JPEG start-stop over HTTP
-  PresetForm preset;
-};
-
-constexpr KeepAliveForm F = kFullKeepAlive;
-constexpr PresetForm L = kLowerPreset;
-constexpr PresetForm N = kNoPreset;
-
-// Camera types 0 to 30 other than the Quillon ones.
-constexpr CameraRow kCameraRows[] = {
-    {0, true, true, false, F, true, true, true, N},
-    {1, true, true, false, F, true, true, true, N},
-    {2, true, true, false, F, true, true, true, N},
-    {3, true, true, false, F, true, true, true, N},
-    {4, true, true, false, F, true, true, true, N},
-    {5, true, true, false, F, true, true, true, N},
-    {7, true, true, false, F, true, true, true, N},
-    {8, false, false, false, kNoKeepAlive, false, false, false, N},
-    {9, true, true, true, F, true, true, true, N},
-    {10, true, true, false, F, true, true, true, N},
-    {11, true, true, false, F, true, true, true, L},
-    {12, true, true, false, F, true, true, true, L},
-    {14, true, true, false, F, true, true, true, L},
-    {15, true, true, false, F, true, true, true, L},
-    {16, true, true, false, F, true, true, true, L},
-    {17, true, true, false, F, true, true, true, L},
-    {18, true, true, false, F, true, true, true, L},
-    {19, false, false, false, kNoKeepAlive, false, false, false, N},
-    {21, true, true, false, kShortKeepAlive, true, false, true, N},
-    {22, true, true, false, F, true, true, true, L},
-    {23, false, false, false, kNoKeepAlive, false, false, false, N},
-    {24, true, true, true, F, true, true, true, N},
-    {25, true, true, false, F, true, true, true, L},
-    {26, true, true, true, F, true, true, true, N},
-    {27, true, true, true, F, true, true, true, N},
-    {28, true, true, true, F, true, true, true, L},
-    {29, false, false, false, kNoKeepAlive, false, false, false, N},
-    {30, true, true, true, F, true, true, true, L},
-};
 
 class TypeTest : public DeviceTest {
  protected:
@@ -183,14 +134,7 @@ TEST_F(RecorderTypeTest, LoginReplyCarriesAudioKeysOnlyWhereTheyAreRead) {
     values.audioEnable = "in";
     device_->SetValues(values);
     ASSERT_FALSE(Login().empty()) << model;
-    bool read = model == 32 || model == 33 || model == 35;
-    bool bitrate = false;
-    bool enable = false;
-    EXPECT_EQ(last_.Line("aBitrate=", &bitrate), read ? "24" : "") << model;
-    EXPECT_EQ(last_.Line("aEnable=", &enable), read ? "in" : "") << model;
-    EXPECT_EQ(bitrate, read) << model;
-    EXPECT_EQ(enable, read) << model;
-    EXPECT_EQ(last_.Line("LOGIN="), "OK");
+    ExpectLoginAudioKeys(last_, model, "24", "in");
   }
 }
 
