@@ -198,6 +198,43 @@ TEST(CommandLine, DeviceGroups) {
   EXPECT_TRUE(camera.config.startRefusing);
 }
 
+TEST(CommandLine, LimitsAndRunTimeValues) {
+  camsim::Options options;
+  std::string error;
+  ASSERT_TRUE(camsim::ParseOptions(
+      {"--listen", "127.0.0.1:0", "--model", "KEL33", "--push-start-status", "204", "--uid-expiry",
+       "250", "--nonce-lifetime", "1000", "--head-timeout", "300", "--max-connections", "7",
+       "--record", "9", "--listen", "127.0.0.1:0"},
+      &options, &error))
+      << error;
+  ASSERT_EQ(options.devices.size(), 2u);
+  const camsim::DeviceConfig& config = options.devices[0].config;
+  EXPECT_EQ(config.values.pushStartStatus, 204);
+  EXPECT_EQ(config.uidExpiryMs, 250);
+  EXPECT_EQ(config.nonceLifetimeMs, 1000);
+  EXPECT_EQ(config.headTimeoutMs, 300);
+  EXPECT_EQ(config.maxConnections, 7);
+  EXPECT_EQ(config.recordLimit, 9u);
+  // The next device has the documented defaults.
+  const camsim::DeviceConfig& plain = options.devices[1].config;
+  EXPECT_EQ(plain.values.pushStartStatus, 0);
+  EXPECT_EQ(plain.uidExpiryMs, 0);
+  EXPECT_EQ(plain.nonceLifetimeMs, 300000);
+  EXPECT_EQ(plain.headTimeoutMs, 10000);
+  EXPECT_EQ(plain.maxConnections, 1000);
+  EXPECT_EQ(plain.recordLimit, 10000u);
+  for (std::vector<std::string> bad :
+       std::vector<std::vector<std::string>>{{"--push-start-status", "1000"},
+                                             {"--uid-expiry", "-1"},
+                                             {"--head-timeout", "0"},
+                                             {"--max-connections", "0"},
+                                             {"--record", "0"}}) {
+    bad.insert(bad.begin(), {"--listen", "127.0.0.1:0"});
+    camsim::Options refused;
+    EXPECT_FALSE(camsim::ParseOptions(bad, &refused, &error)) << bad[2] << " " << bad[3];
+  }
+}
+
 TEST(CommandLine, Refusals) {
   for (std::vector<std::string> args :
        std::vector<std::vector<std::string>>{{"--model", "7"},

@@ -281,6 +281,27 @@ TEST(Program, AbitrateAndAenableFeedTheGetuidAndTheLoginReplies) {
   EXPECT_EQ(program.Stop(SIGTERM), 0);
 }
 
+// --push-start-status 204: a recorder answers its push starts with an empty
+// 204, whose result word carries 0x204 at the requester.
+TEST(Program, PushStartStatusFromTheCommandLine) {
+  Program program;
+  ASSERT_TRUE(
+      program.Start({"--listen", "127.0.0.1:0", "--model", "KEL33", "--push-start-status", "204"}));
+  uint16_t recorder = program.Port(0);
+  ASSERT_NE(recorder, 0);
+  std::string uid = RecorderLogin("127.0.0.1", recorder).Line("UID=");
+  ASSERT_FALSE(uid.empty());
+  UdpReceiver receiver;  // where the stream that the start begins goes
+  ASSERT_TRUE(receiver.Open("127.0.0.1"));
+  Response reply = Get("127.0.0.1", recorder,
+                       "/cgi-bin/push.cgi?CMD=START&CAM=1&UID=" + uid +
+                           "&PORT=" + std::to_string(receiver.Port()) + "&COMP=MPEG4");
+  EXPECT_EQ(reply.statusLine, "HTTP/1.0 204 No Content");
+  EXPECT_TRUE(reply.body.empty());
+  EXPECT_EQ(reply.Header("Content-Length"), "");
+  EXPECT_EQ(program.Stop(SIGTERM), 0);
+}
+
 TEST(Program, NoListeningLineWhenADeviceCannotListen) {
   // A port that is taken: bound and listening here.
   camsim::DeviceConfig config;
@@ -480,7 +501,10 @@ TEST_F(ControlLineTest, PushStartStatusAnswersARecordersPushStart) {
   Response login = RecorderLogin("127.0.0.1", recorder_);
   std::string uid = login.Line("UID=");
   ASSERT_FALSE(uid.empty());
-  std::string start = "/cgi-bin/push.cgi?CMD=START&CAM=1&UID=" + uid + "&PORT=6000&COMP=H264";
+  UdpReceiver receiver;  // where the stream that the start begins goes
+  ASSERT_TRUE(receiver.Open("127.0.0.1"));
+  std::string start = "/cgi-bin/push.cgi?CMD=START&CAM=1&UID=" + uid +
+                      "&PORT=" + std::to_string(receiver.Port()) + "&COMP=H264";
   EXPECT_EQ(Say("1 push-start-status 204"), "OK");
   Response empty = Get("127.0.0.1", recorder_, start);
   EXPECT_EQ(empty.statusLine, "HTTP/1.0 204 No Content");
