@@ -1,8 +1,6 @@
 // Costs of the simulator as the tests see them: one CGI exchange on a fresh
 // connection, and opening many JPEG pushes until each has sent a picture.
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,21 +9,11 @@
 #include <vector>
 
 #include "Device.h"
+#include "Loopback.h"
 
 namespace {
 
-int ConnectLoopback(uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  int fd = socket(AF_INET, SOCK_STREAM, 0);
-  if (fd >= 0 && connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-    close(fd);
-    return -1;
-  }
-  return fd;
-}
+using limits::ConnectLoopback;
 
 void SendLine(int fd, const std::string& target) {
   std::string request = "GET " + target + " HTTP/1.0\r\nConnection: Keep-Alive\r\n\r\n";

@@ -141,7 +141,7 @@ int CountRunning(const std::vector<std::unique_ptr<CCamRequester_Cgi_Kobu_Rtp>>&
 [[noreturn]] void RequestersChild(int iCount, uint16_t usPort, int iCommandFd, int iResultFd) {
   Result sResult;
   SilencePrint();
-  QuietUpper upper;
+  camtest::QuietNotify upper;
   sResult.lRssBeforeKiB = ResidentKiB();
   std::vector<std::unique_ptr<CCamRequester_Cgi_Kobu_Rtp>> apReqs;
   const Clock::time_point tLimit = Clock::now() + std::chrono::seconds(kRunWaitSeconds);

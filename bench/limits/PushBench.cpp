@@ -108,7 +108,7 @@ bool RunPush(const Options& rOptions) {
   const std::string sPicture = camsim::MakeGrayJpeg(1280, 960, 128);
   return MeasurePictures(rOptions, sPicture, "camsim's 1280x960 gray picture") &&
          MeasurePictures(rOptions, Padded(sPicture, 128 * 1024),
-                         "the same with 120 KB of comment segments");
+                         "the same padded to 128 KiB with comment segments");
 }
 
 }  // namespace limits

@@ -1,6 +1,6 @@
 // The requesters the limits program drives: an H.264 camera over RTP on a
 // simulated device, with an upper layer that wants nothing but the stream
-// state "arriving".
+// state "arriving" (camtest::QuietNotify).
 #ifndef BENCH_LIMITS_REQUESTERS_H
 #define BENCH_LIMITS_REQUESTERS_H
 
@@ -8,17 +8,9 @@
 
 #include "CCamRequester.h"
 #include "CamRequesterParam.h"
+#include "QuietNotify.h"
 
 namespace limits {
-
-class QuietUpper : public CCamRequesterNotify {
- public:
-  void NotifyRtpStream(int, const void*, int, const char*, int, int, int, int, int, const char*,
-                       int, int) override {}
-  void NotifySessionInfo(int, const void*, int, int) override {}
-  int GetStreamState(unsigned short, int) override { return 0; }
-  void NotifyCamRequesterHandle(int, HTTP_SESSION*) override {}
-};
 
 // Sets the parameters of an H.264 RTP stream of a CAM07 camera at
 // 127.0.0.1:usPort, before Initialize.

@@ -73,7 +73,7 @@ bool RunStartToRun(const Options& rOptions) {
   }
   const uint16_t usPort = pDevice->Port();
   SilencePrint();
-  QuietUpper upper;
+  camtest::QuietNotify upper;
   Samples sStart, sOne, sTwo;
   bool bOk = true;
   {

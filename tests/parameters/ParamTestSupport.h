@@ -15,6 +15,7 @@
 #include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
 #include "CamTestSupport.h"
+#include "QuietNotify.h"
 
 namespace paramtest {
 
@@ -65,15 +66,7 @@ class Recording : public Requester {
   int uidInvalidCalls = 0;
 };
 
-// A notification object of the upper layer that does nothing.
-class QuietNotify : public CCamRequesterNotify {
- public:
-  void NotifyRtpStream(int, const void*, int, const char*, int, int, int, int, int, const char*,
-                       int, int) override {}
-  void NotifySessionInfo(int, const void*, int, int) override {}
-  int GetStreamState(unsigned short, int) override { return 0; }
-  void NotifyCamRequesterHandle(int, HTTP_SESSION*) override {}
-};
+using camtest::QuietNotify;
 
 // Every field the parameter interface can touch, by name.
 using State = std::map<std::string, std::string>;
