@@ -489,6 +489,9 @@ void RtpSender::Run() {
       lock.lock();
       continue;
     }
+    // A stop that came while the lock was let go (the UID check, the
+    // observer) has notified no one: it is not waited for.
+    if (stopping_) break;
     if (streams_.empty()) {
       changed_.wait(lock);
     } else {
