@@ -7,8 +7,9 @@
 #   requester  <  cgi  <  transport  <  rtp, http
 #
 # Each layer is an object library; the CCamRequester shared library links
-# the objects of all of them. Tests, tools and benchmarks see every header
-# through CCamRequester's public include folders instead.
+# the objects of all of them. Tests, tools, benchmarks and fuzz targets see
+# every header through CCamRequester's public include folders instead, and
+# reach the inner parts through camreq_internal (cmake/Exports.cmake).
 
 # camreq_layer(NAME [BELOW lower...] SOURCES files...)
 # Adds the object library camreq_<NAME> from the calling folder's SOURCES,
@@ -27,23 +28,4 @@ function(camreq_layer name)
   # shared library links every layer itself.
   target_link_libraries(CCamRequester PRIVATE ${_target})
   set_property(GLOBAL APPEND PROPERTY CAMREQ_LAYERS ${_target})
-endfunction()
-
-# The source files of every layer, with absolute paths (for targets that
-# compile the library's sources themselves, such as the fuzzers).
-function(camreq_layer_sources out_var)
-  get_property(_layers GLOBAL PROPERTY CAMREQ_LAYERS)
-  set(_all)
-  foreach(_layer IN LISTS _layers)
-    get_target_property(_dir ${_layer} SOURCE_DIR)
-    get_target_property(_sources ${_layer} SOURCES)
-    foreach(_source IN LISTS _sources)
-      if(IS_ABSOLUTE "${_source}")
-        list(APPEND _all "${_source}")
-      else()
-        list(APPEND _all "${_dir}/${_source}")
-      endif()
-    endforeach()
-  endforeach()
-  set(${out_var} ${_all} PARENT_SCOPE)
 endfunction()
