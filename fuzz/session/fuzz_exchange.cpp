@@ -21,8 +21,8 @@
 
 #include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
+#include "CamTestSupport.h"
 #include "CamTypes.h"
-#include "DispatchWatch.h"
 #include "FuzzUpper.h"
 #include "LoopbackPeer.h"
 
@@ -33,6 +33,9 @@ constexpr char kSeparator[] = "#next-reply#";
 // Every exchange is answered at once and ends with the peer's close; this
 // bound only turns a requester that hangs into a finding.
 constexpr std::chrono::milliseconds kDispatchLimit(15000);
+// The request thread prints this after it has carried out a message, before
+// it frees it.
+constexpr char kMessageDone[] = "RequestThreadMain [DEBUG] COM_MsgBufFree=";
 
 std::vector<std::string> Replies(const uint8_t* pucData, size_t uSize) {
   const std::string sAll(reinterpret_cast<const char*>(pucData), uSize);
@@ -95,17 +98,18 @@ void SetUp(CCamRequester& rReq, fuzzsup::FuzzUpper& rUpper, const fuzzsup::Loopb
   rUpper.SetStreamState(pucControl[3] % 3);
 }
 
-// Posts one request and waits until the request thread has carried it out.
-void RunThrough(CCamRequester& rReq, int (CCamRequester::*pfnRequest)(),
-                fuzzsup::DispatchWatch& rWatch) {
-  const long lSeen = rWatch.Count();
+// Posts one request and waits until the request thread has carried it out:
+// the iDone-th message of this requester.
+void RunThrough(CCamRequester& rReq, int (CCamRequester::*pfnRequest)(), int iDone,
+                const camtest::PrintCapture& rCapture) {
   (rReq.*pfnRequest)();
-  if (!rWatch.WaitBeyond(lSeen, kDispatchLimit)) abort();
+  if (!rCapture.WaitForCount(kMessageDone, iDone, kDispatchLimit)) abort();
 }
 
 template <typename T>
 void Exchange(const uint8_t* pucControl, int32_t iCmdType, bool bPlayBack,
-              fuzzsup::DispatchWatch& rWatch) {
+              camtest::PrintCapture& rCapture) {
+  rCapture.Clear();
   fuzzsup::FuzzUpper sUpper;
   const fuzzsup::LoopbackPeer& rPeer = PeerFor((pucControl[0] & 2) != 0);
   T sReq;
@@ -113,13 +117,13 @@ void Exchange(const uint8_t* pucControl, int32_t iCmdType, bool bPlayBack,
   const Road& rRoad = bPlayBack ? kPlayBack : kLive;
   sReq.Initialize(0);
   sReq.EnableKeepAlive();
-  RunThrough(sReq, rRoad.pfnStart, rWatch);
+  RunThrough(sReq, rRoad.pfnStart, 1, rCapture);
   sUpper.ReadHeldPush(iCmdType);
   if (rRoad.bUpperReportsRun) {
     const int32_t iRunning = 1;
     sReq.SetParameter(CAM_PARAM_STATUSCHANGE, &iRunning, sizeof(iRunning));
   }
-  RunThrough(sReq, rRoad.pfnStop, rWatch);
+  RunThrough(sReq, rRoad.pfnStop, 2, rCapture);
   sReq.StopChildThread();
   // Every exchange closed its session, and a push was taken back before it
   // was closed.
@@ -135,7 +139,7 @@ void Exchange(const uint8_t* pucControl, int32_t iCmdType, bool bPlayBack,
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static fuzzsup::DispatchWatch* psWatch = new fuzzsup::DispatchWatch();
+  static camtest::PrintCapture* psCapture = new camtest::PrintCapture();
   if (size < kControlBytes) return 0;
   PeerFor(false).Serve(Replies(data + kControlBytes, size - kControlBytes));
   PeerFor(true).Serve(Replies(data + kControlBytes, size - kControlBytes));
@@ -143,11 +147,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int32_t iCmdType = data[2] % (CAM_REQUESTER_CMD_RTP_INVALID + 1);
     const bool bPlayBack =
         iCmdType == CAM_REQUESTER_CMD_MPEG4_PLAY || iCmdType == CAM_REQUESTER_CMD_H264_PLAY;
-    Exchange<CCamRequester_Cgi_Kobu_Rtp>(data, iCmdType, bPlayBack, *psWatch);
+    Exchange<CCamRequester_Cgi_Kobu_Rtp>(data, iCmdType, bPlayBack, *psCapture);
   } else {
     const int32_t iCmdType = data[2] % (CAM_REQUESTER_CMD_HTTP_INVALID + 1);
     Exchange<CCamRequester_Cgi_Kobu_Http>(data, iCmdType, iCmdType == CAM_REQUESTER_CMD_JPEG_PLAY,
-                                          *psWatch);
+                                          *psCapture);
   }
   return 0;
 }
