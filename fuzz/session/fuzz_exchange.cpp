@@ -5,7 +5,8 @@
 // upper layer reads a handed-over push in between. After the stop every
 // session must be closed and a push handed upward withdrawn.
 //   byte 0: bit 0 the class (RTP, HTTP); bit 1 the camera on ::1 instead of
-//   127.0.0.1; bit 2 credentials set; byte 1: camera type (mod 38); byte 2:
+//   127.0.0.1; bit 2 credentials set; bit 3 a proxy (the same peer) for the
+//   HTTP class, bit 4 with the camera on its exception list; byte 1: camera type (mod 38); byte 2:
 //   command type (mod the class's count, the invalid one included); byte 3:
 //   the stream state the upper layer reports (mod 3), the preset (above);
 //   the rest: the replies of the requests in order, separated by
@@ -16,6 +17,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -63,6 +65,18 @@ struct Road {
 constexpr Road kLive = {&CCamRequester::RequestStart, &CCamRequester::RequestStop, false};
 constexpr Road kPlayBack = {&CCamRequester::RequestPBStart, &CCamRequester::RequestPBStop, true};
 
+// The peer stands in for the proxy too: it answers whatever request line
+// comes, the absolute one of a proxied request included.
+void SetProxy(CCamRequester& rReq, const fuzzsup::LoopbackPeer& rPeer, bool bExcepted) {
+  std::unique_ptr<CAM_PROXY_PARAM> psProxy(new CAM_PROXY_PARAM());
+  psProxy->enable = 1;
+  std::snprintf(psProxy->host, sizeof(psProxy->host), "%s", rPeer.Address());
+  psProxy->port = rPeer.Port();
+  if (bExcepted)
+    std::snprintf(psProxy->except[0], sizeof(psProxy->except[0]), "%s", rPeer.Address());
+  rReq.SetParameter(CAM_PARAM_PROXY, psProxy.get(), sizeof(CAM_PROXY_PARAM));
+}
+
 void SetUp(CCamRequester& rReq, fuzzsup::FuzzUpper& rUpper, const fuzzsup::LoopbackPeer& rPeer,
            const uint8_t* pucControl, int32_t iCmdType) {
   char acAddress[CAM_TEXT_SIZE];
@@ -95,6 +109,7 @@ void SetUp(CCamRequester& rReq, fuzzsup::FuzzUpper& rUpper, const fuzzsup::Loopb
     sUid.iAudioEnable = 1;
     rReq.SetParameter(CAM_PARAM_UID, &sUid, sizeof(sUid));
   }
+  if ((pucControl[0] & 8) != 0) SetProxy(rReq, rPeer, (pucControl[0] & 16) != 0);
   rUpper.SetStreamState(pucControl[3] % 3);
 }
 
