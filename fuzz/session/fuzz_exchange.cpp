@@ -139,11 +139,13 @@ void Exchange(const uint8_t* pucControl, int32_t iCmdType, bool bPlayBack,
     sReq.SetParameter(CAM_PARAM_STATUSCHANGE, &iRunning, sizeof(iRunning));
   }
   RunThrough(sReq, rRoad.pfnStop, 2, rCapture);
-  sReq.StopChildThread();
-  // Every exchange closed its session, and a push was taken back before it
-  // was closed.
+  // Read before the thread ends, whose exit closes whatever is left: every
+  // exchange closed its own session, and the stop took a push back from the
+  // upper layer before it closed it. (After a stop the idle rounds touch no
+  // session: they rebuild one only from ERROR, which a stop never leaves.)
   if (sReq.psSession != nullptr || sReq.psSessionPush != nullptr) abort();
   if (sUpper.Held() != nullptr) abort();
+  sReq.StopChildThread();
   const int32_t iStatus = sReq.iConnectStatus;
   if (iStatus < CAM_HTTP_STS_IDLE || iStatus > CAM_HTTP_STS_STOP) abort();
   // The thread is gone, so nothing would bring the status back to idle
