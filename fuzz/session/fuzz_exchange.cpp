@@ -2,8 +2,9 @@
 // every request with the fuzzer's bytes. A requester of either class is set
 // up as the upper layer does it, started (live START, or play-back START for
 // the play-back command types) and stopped through its request thread; the
-// upper layer reads a handed-over push in between. After the stop every
-// session must be closed and a push handed upward withdrawn.
+// upper layer reads a handed-over push in between. After the stop every CGI
+// session must be closed; once the thread has ended, the push too, and the
+// upper layer must hold it no more.
 //   byte 0: bit 0 the class (RTP, HTTP); bit 1 the camera on ::1 instead of
 //   127.0.0.1; bit 2 credentials set; bit 3 a proxy (the same peer) for the
 //   HTTP class, bit 4 with the camera on its exception list; byte 1: camera type (mod 38); byte 2:
@@ -140,12 +141,14 @@ void Exchange(const uint8_t* pucControl, int32_t iCmdType, bool bPlayBack,
   }
   RunThrough(sReq, rRoad.pfnStop, 2, rCapture);
   // Read before the thread ends, whose exit closes whatever is left: every
-  // exchange closed its own session, and the stop took a push back from the
-  // upper layer before it closed it. (After a stop the idle rounds touch no
+  // exchange closed its own session. (After a stop the idle rounds touch no
   // session: they rebuild one only from ERROR, which a stop never leaves.)
-  if (sReq.psSession != nullptr || sReq.psSessionPush != nullptr) abort();
-  if (sUpper.Held() != nullptr) abort();
+  if (sReq.psSession != nullptr) abort();
+  // A push survives failed exchanges and a stop that finds no running
+  // stream (a keep-alive failure puts the status in ERROR); the thread's exit
+  // closes it, and takes it back from the upper layer first.
   sReq.StopChildThread();
+  if (sReq.psSessionPush != nullptr || sUpper.Held() != nullptr) abort();
   const int32_t iStatus = sReq.iConnectStatus;
   if (iStatus < CAM_HTTP_STS_IDLE || iStatus > CAM_HTTP_STS_STOP) abort();
   // The thread is gone, so nothing would bring the status back to idle
