@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "CamFaultKinds.h"
 #include "CamTestTiming.h"
 #include "RtpRoad.h"
 
@@ -35,8 +36,6 @@ struct Row {
 };
 
 const char* const kExchangeNames[] = {"Setup", "Start", "KeepAlive", "Stop"};
-const char* const kKindNames[] = {"Refused", "Silent", "Slow",      "CloseHeader", "CloseBody",
-                                  "Garbage", "Reset",  "Status404", "Status503",   "NoUid"};
 
 // What the strict request prints for each answer (the result word carries
 // the HTTP status, or the client's failure class).
@@ -83,40 +82,15 @@ std::string StopLine(Kind e) {
   }
 }
 
+// The kinds are the shared rows, in their order.
 camsim::Fault FaultOf(Kind e) {
   camsim::Fault s;
-  s.times = 1;
-  switch (e) {
-    case Kind::kSilent:
-      s.action = camsim::FaultAction::kNoAnswer;
-      break;
-    case Kind::kSlow:
-      s.delayMs = 100;  // well inside the (divided) five seconds
-      break;
-    case Kind::kCloseHeader:
-      s.action = camsim::FaultAction::kCloseMidHeader;
-      break;
-    case Kind::kCloseBody:
-      s.action = camsim::FaultAction::kCloseMidBody;
-      break;
-    case Kind::kGarbage:
-      s.action = camsim::FaultAction::kGarbage;
-      break;
-    case Kind::kReset:
-      s.action = camsim::FaultAction::kReset;
-      break;
-    case Kind::k404:
-      s.status = 404;
-      break;
-    case Kind::k503:
-      s.status = 503;
-      break;
-    case Kind::kNoUid:
-      s.omitKey = "UID=";
-      break;
-    default:
-      break;
+  const char* pcText = camtest::kFaultKinds[static_cast<size_t>(e)].pcFault;
+  std::string sError;
+  if (pcText != nullptr) {
+    EXPECT_TRUE(camsim::ParseFault(pcText, &s, &sError)) << sError;
   }
+  s.times = 1;
   return s;
 }
 
@@ -331,12 +305,13 @@ std::vector<Row> Rows() {
   return asRows;
 }
 
-INSTANTIATE_TEST_SUITE_P(H264Road, FaultTable, ::testing::ValuesIn(Rows()),
-                         [](const ::testing::TestParamInfo<Row>& rInfo) {
-                           return std::string(rInfo.param.pcAddress[0] == ':' ? "V6_" : "V4_") +
-                                  kExchangeNames[static_cast<int>(rInfo.param.eExchange)] + "_" +
-                                  kKindNames[static_cast<int>(rInfo.param.eKind)];
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    H264Road, FaultTable, ::testing::ValuesIn(Rows()),
+    [](const ::testing::TestParamInfo<Row>& rInfo) {
+      return std::string(rInfo.param.pcAddress[0] == ':' ? "V6_" : "V4_") +
+             kExchangeNames[static_cast<int>(rInfo.param.eExchange)] + "_" +
+             camtest::kFaultKinds[static_cast<size_t>(rInfo.param.eKind)].pcName;
+    });
 
 }  // namespace
 }  // namespace rtptest
