@@ -14,13 +14,13 @@ enum class Side { kStart, kRun, kStop };
 struct RoadExchange {
   const char* pcName;
   const char* pcPath;
-  const char* pcKey;  // the query key=value that tells this exchange from
+  const char* pcKey;    // the query key=value that tells this exchange from
   const char* pcValue;  // others on the same path; null: any
   Side eSide;
   // The status change that its failure raises (without prefix).
   const char* pcFailLine;
-  bool bUidReply = false;      // its reply carries the UID
-  bool bPushHead = false;      // a push: once its head came whole it is handed over
+  bool bUidReply = false;            // its reply carries the UID
+  bool bPushHead = false;            // a push: once its head came whole it is handed over
   bool bRefusalIsNoFailure = false;  // a recorder's keep-alive that cannot connect
 };
 

@@ -213,7 +213,8 @@ void Fleet::Create() {
     CAM_TYPE_PARAM sType{};
     sType.usCameraNumber = static_cast<uint16_t>(m.iNumber);
     sType.usCameraType = static_cast<uint16_t>(kDevices[static_cast<size_t>(eDev)].iModel);
-    snprintf(sType.CamName, sizeof(sType.CamName), "%s", kDevices[static_cast<size_t>(eDev)].pcName);
+    snprintf(sType.CamName, sizeof(sType.CamName), "%s",
+             kDevices[static_cast<size_t>(eDev)].pcName);
     httptest::SetParam(r, CAM_PARAM_CAMTYPE, sType);
     httptest::SetParam(r, CAM_PARAM_SCREENPOS, int32_t{m.iPos()});
     httptest::SetParam(r, CAM_PARAM_CAMNO, int32_t{m.iNumber});
@@ -261,8 +262,8 @@ bool Fleet::WaitAll(int iStatus, milliseconds tLimit, std::string* psLate) {
     psLate->clear();
     for (const Member& m : m_asMembers) {
       if (m.Status() == iStatus) continue;
-      *psLate += " " + std::to_string(m.iNumber) + "(" + m.psRoad->pcName + "):" +
-                 std::to_string(m.Status());
+      *psLate += " " + std::to_string(m.iNumber) + "(" + m.psRoad->pcName +
+                 "):" + std::to_string(m.Status());
     }
   }
   return bAll;

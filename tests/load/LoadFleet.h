@@ -63,7 +63,7 @@ struct Member {
   std::unique_ptr<camtest::NotifyRecorder> pRtpNotify;
   std::unique_ptr<httptest::PushReaderNotify> pPushNotify;
   std::unique_ptr<CCamRequester> pReq;
-  const CamRequesterFields* pFields = nullptr;  // the same requester's fields
+  const CamRequesterFields* pFields = nullptr;        // the same requester's fields
   int iPos() const { return (iNumber - 1) % 6 + 1; }  // the positions that count errors
   int Status() const { return pReq->iConnectStatus.load(); }
 };

@@ -85,8 +85,8 @@ class Cell {
     if (iFails < 0) return m_sResult;
     const bool bStopSide = m_rEx.eSide == Side::kStop;
     // A play-back is set up (READY) until the upper layer reports it arriving.
-    const int iRuns = m_rRoad.bPlayBack && m_rEx.eSide == Side::kStart ? CAM_HTTP_STS_READY
-                                                                       : CAM_HTTP_STS_RUN;
+    const int iRuns =
+        m_rRoad.bPlayBack && m_rEx.eSide == Side::kStart ? CAM_HTTP_STS_READY : CAM_HTTP_STS_RUN;
     m_sResult.iWant = bStopSide ? CAM_HTTP_STS_IDLE : iFails ? CAM_HTTP_STS_ERROR : iRuns;
     if (Setup()) Exercise(iFails == 1);
     TearDown();
@@ -124,8 +124,9 @@ class Cell {
       m_pFields = pReq.get();
       m_pReq = std::move(pReq);
       m_pPushNotify = std::make_unique<httptest::PushReaderNotify>(
-          m_rRoad.iCmdType == CAM_REQUESTER_CMD_G726_HTTP ? httptest::PushReaderNotify::Media::kAudio
-                                                          : httptest::PushReaderNotify::Media::kJpeg);
+          m_rRoad.iCmdType == CAM_REQUESTER_CMD_G726_HTTP
+              ? httptest::PushReaderNotify::Media::kAudio
+              : httptest::PushReaderNotify::Media::kJpeg);
       pNotify = m_pPushNotify.get();
     } else {
       auto pReq = std::make_unique<CCamRequester_Cgi_Kobu_Rtp>();
@@ -293,8 +294,8 @@ class Cell {
         m_sResult.iGot = CAM_HTTP_STS_ERROR;
       }
       Heal();
-      m_sResult.bRunAgain = m_rRoad.bPlayBack ? StopUntilIdle() && StartToRun()
-                                              : WaitStatus(CAM_HTTP_STS_RUN);
+      m_sResult.bRunAgain =
+          m_rRoad.bPlayBack ? StopUntilIdle() && StartToRun() : WaitStatus(CAM_HTTP_STS_RUN);
     } else {
       // No failure: the time is that of the fault met; once healed, the
       // keep-alive after the faulted exchange shows that the thread went
@@ -319,8 +320,7 @@ class Cell {
       m_sResult.bRunAgain = WaitStatus(CAM_HTTP_STS_RUN);
     }
     if (m_sResult.iGot != m_sResult.iWant) {
-      Fail("status " + std::to_string(m_sResult.iGot) + ", not " +
-           std::to_string(m_sResult.iWant));
+      Fail("status " + std::to_string(m_sResult.iGot) + ", not " + std::to_string(m_sResult.iWant));
     }
     if (m_sResult.lMs > camtest::ScaledMs(kBoundMs)) {
       Fail("took " + std::to_string(m_sResult.lMs) + " ms");
@@ -398,8 +398,8 @@ TEST(FaultMatrix, EveryFaultOnEveryExchangeOfEveryRoad) {
     });
     for (size_t i = ulFirst; i < ulEnd && !bClean; ++i) {
       if (asResults[i].sWhy.empty()) {
-        asResults[i].sWhy = "left behind: " + Describe(Snapshot()) + " (before " +
-                            Describe(sBefore) + ")";
+        asResults[i].sWhy =
+            "left behind: " + Describe(Snapshot()) + " (before " + Describe(sBefore) + ")";
       }
     }
   }
