@@ -105,7 +105,6 @@ class Cell {
   std::string Prefixed(const std::string& sText) const {
     return httptest::Prefixed(*m_pFields, sText);
   }
-  bool Printed(const std::string& sText) const { return m_rCapture.Contains(Prefixed(sText)); }
 
   bool Setup() {
     camsim::DeviceConfig sConfig;
@@ -247,7 +246,17 @@ class Cell {
 
   void Exercise(bool bFails) {
     if (m_rEx.eSide != Side::kStart && !StartToRun()) return;
-    const int iKeptAlive = m_rCapture.CountContaining(Prefixed("SendKeepAliveCommandExec OUT"));
+    int iKeptAlive = m_rCapture.CountContaining(Prefixed("SendKeepAliveCommandExec OUT"));
+    if (m_rEx.eSide == Side::kStop && !m_rRoad.bPlayBack) {
+      // The stop goes out right after a keep-alive, so that the stop exchange
+      // is the one that meets the fault, not the next keep-alive.
+      if (!m_rCapture.WaitForCount(Prefixed("SendKeepAliveCommandExec OUT"), iKeptAlive + 1,
+                                   kLimit)) {
+        Fail("no keep-alive in RUN");
+        return;
+      }
+      ++iKeptAlive;
+    }
     Arm();
     const Clock::time_point tStart = Clock::now();
     switch (m_rEx.eSide) {
@@ -279,7 +288,10 @@ class Cell {
       if (!WaitStatus(CAM_HTTP_STS_IDLE)) Fail("no IDLE after the stop");
       m_sResult.lMs = MsSince(tStart);
       m_sResult.iGot = Status();
-      if (!Printed(m_rEx.pcFailLine)) Fail("no line " + std::string(m_rEx.pcFailLine));
+      // The status word changes before its line is printed.
+      if (!m_rCapture.WaitFor(Prefixed(m_rEx.pcFailLine), kLimit)) {
+        Fail("no line " + std::string(m_rEx.pcFailLine));
+      }
       Heal();
       // The stream is asked for again as the media process asks for a
       // stream, with a requester of its own: a recorder's requester keeps
