@@ -7,6 +7,7 @@
 // the length (120 by default; the README gives the ten-minute command).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -28,8 +29,10 @@ constexpr int kRequesters = 262;
 constexpr int kWaitDivisor = 25;  // idle rounds of 4 ms, as in the scale test
 constexpr int kHttpDivisor = 5;   // a silent device costs 1 s, not 5
 constexpr std::chrono::seconds kFaultPeriod{15};
-// The heap is compared over the cycles after the tenth, once it settled
-// (as in the scale test); a two-minute soak has fewer cycles and checks the
+// Under faults the heap in use after a cycle varies by a megabyte or more
+// from cycle to cycle (what the faults left to finish differs): after the
+// first ten cycles it must stay within the highest of them, which a leak of
+// every cycle outgrows. A two-minute soak has fewer cycles and checks the
 // rest only.
 constexpr int kSettleCycles = 10;
 constexpr long long kHeapSlack = 128 * 1024;
@@ -121,7 +124,7 @@ TEST(Soak, FleetUnderRandomFaults) {
   const Resources sBaseline = Snapshot();
   std::printf("baseline: %s\n", Describe(sBaseline).c_str());
   const Clock::time_point tEnd = Clock::now() + std::chrono::seconds(lSeconds);
-  long long llHeapFirst = -1;
+  long long llHeapHighest = -1;
   for (int iCycle = 1; iCycle == 1 || Clock::now() < tEnd; ++iCycle) {
     SCOPED_TRACE("cycle " + std::to_string(iCycle));
     const auto tLeft = std::chrono::duration_cast<std::chrono::milliseconds>(tEnd - Clock::now());
@@ -134,9 +137,10 @@ TEST(Soak, FleetUnderRandomFaults) {
         iCycle, r.lToRunMs, static_cast<long>(tPeriod.count()), r.lToIdleMs,
         Describe(r.sAfter).c_str());
     std::fflush(stdout);
-    if (iCycle == kSettleCycles + 1) llHeapFirst = r.sAfter.llHeap;
-    if (iCycle > kSettleCycles + 1) {
-      EXPECT_LE(r.sAfter.llHeap, llHeapFirst + kHeapSlack) << "the heap grows";
+    if (iCycle <= kSettleCycles) {
+      llHeapHighest = std::max(llHeapHighest, r.sAfter.llHeap);
+    } else {
+      EXPECT_LE(r.sAfter.llHeap, llHeapHighest + kHeapSlack) << "the heap grows";
     }
     if (HasFailure()) break;
   }
