@@ -281,6 +281,9 @@ TEST_P(FaultRoadTest, EndsInTheSpecifiedStatusWithItsLine) {
     rig.req->RequestStart();
     ASSERT_TRUE(rig.WaitForStatus(CAM_HTTP_STS_RUN)) << capture.All();
     ASSERT_TRUE(rig.notify.WaitForPictures(1, seconds(10)));
+    // The START ends with a keep-alive: the fault is armed once it is back,
+    // so that the stop meets it, not that keep-alive (a slow run, valgrind).
+    ASSERT_TRUE(capture.WaitFor("SendKeepAliveCommandExec OUT!!!!!. \n")) << capture.All();
     Arm(rig);
     const Clock::time_point tStop = Clock::now();
     rig.req->RequestStop();
