@@ -16,7 +16,9 @@
 #include "kxhttp.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+// The sanitizers' allocator keeps its own count of the heap in use. GCC does
+// not ship the header that declares it, the runtime has it all the same.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #define LOAD_SANITIZER_HEAP 1
 #endif
 
