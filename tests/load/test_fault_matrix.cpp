@@ -247,9 +247,11 @@ class Cell {
   void Exercise(bool bFails) {
     if (m_rEx.eSide != Side::kStart && !StartToRun()) return;
     int iKeptAlive = m_rCapture.CountContaining(Prefixed("SendKeepAliveCommandExec OUT"));
-    if (m_rEx.eSide == Side::kStop && !m_rRoad.bPlayBack) {
-      // The stop goes out right after a keep-alive, so that the stop exchange
-      // is the one that meets the fault, not the next keep-alive.
+    if (m_rEx.eSide != Side::kStart && !m_rRoad.bPlayBack) {
+      // The fault is armed right after a keep-alive: a stop then is the
+      // exchange that meets it, not the next keep-alive; and a keep-alive
+      // cell never arms it while the keep-alive that follows the START is
+      // still on its connection (a refusal would reset that one instead).
       if (!m_rCapture.WaitForCount(Prefixed("SendKeepAliveCommandExec OUT"), iKeptAlive + 1,
                                    kLimit)) {
         Fail("no keep-alive in RUN");
