@@ -299,6 +299,17 @@ class PlayBackKeepAliveTest : public HttpRequesterTest,
     rig.req.reset(pWatch);
     return pWatch;
   }
+  // One PlayModeStop with position 1, the camera's address and the expected
+  // play mode 0, while the status was still RUN (before the error event).
+  static void ExpectOnePlayModeStopInRun(const PlayModeStopWatch& rWatch,
+                                         const std::string& sAddress) {
+    const std::vector<PlayModeStopWatch::Call> asCalls = rWatch.Calls();
+    ASSERT_EQ(asCalls.size(), 1u);
+    EXPECT_EQ(asCalls[0].iPos, 1);
+    EXPECT_EQ(asCalls[0].sAddress, sAddress);
+    EXPECT_EQ(asCalls[0].iPlayMode, 0);
+    EXPECT_EQ(asCalls[0].iStatus, CAM_HTTP_STS_RUN);
+  }
 };
 
 TEST_P(PlayBackKeepAliveTest, GoesOutOnEveryCallAndPassesAMatchingPlayMode) {
@@ -376,12 +387,7 @@ TEST_P(PlayBackKeepAliveTest, PlayModeUnmatchStopsThePlayModeThenRaisesTheErrorE
   EXPECT_EQ(capture.CountContaining("[Error] KeepAlive Failed."), 0);
   // PlayModeStop with position, address and the expected mode, while still
   // in RUN: before the error event.
-  const std::vector<PlayModeStopWatch::Call> asCalls = pWatch->Calls();
-  ASSERT_EQ(asCalls.size(), 1u);
-  EXPECT_EQ(asCalls[0].iPos, 1);
-  EXPECT_EQ(asCalls[0].sAddress, GetParam());
-  EXPECT_EQ(asCalls[0].iPlayMode, 0);
-  EXPECT_EQ(asCalls[0].iStatus, CAM_HTTP_STS_RUN);
+  ExpectOnePlayModeStopInRun(*pWatch, GetParam());
   // A failed reply check forgets no UID.
   EXPECT_EQ(capture.CountContaining("UidInvalid"), 0);
   EXPECT_EQ(rig.req->iUid.load(), iUid);
@@ -413,12 +419,7 @@ TEST_P(PlayBackKeepAliveTest, KeepAliveFailedStopsThePlayModeThenRaisesTheErrorE
   // The play mode is not looked at once the keep-alive failed.
   EXPECT_EQ(capture.CountContaining("CheckPlayMode_RcvData"), 0);
   EXPECT_EQ(capture.CountContaining("[Error] Play Mode Status Unmatch."), 0);
-  const std::vector<PlayModeStopWatch::Call> asCalls = pWatch->Calls();
-  ASSERT_EQ(asCalls.size(), 1u);
-  EXPECT_EQ(asCalls[0].iPos, 1);
-  EXPECT_EQ(asCalls[0].sAddress, GetParam());
-  EXPECT_EQ(asCalls[0].iPlayMode, 0);
-  EXPECT_EQ(asCalls[0].iStatus, CAM_HTTP_STS_RUN);
+  ExpectOnePlayModeStopInRun(*pWatch, GetParam());
   EXPECT_EQ(capture.CountContaining("UidInvalid"), 0);
   ASSERT_TRUE(StopPlayBack(rig)) << capture.All();
 }
