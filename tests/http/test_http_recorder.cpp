@@ -227,6 +227,13 @@ TEST_F(RecorderRoadTest, StartWhoseLineCannotBeBuiltSendsNothing) {
 // watched, with the status at the time of the call.
 class PlayModeStopWatch : public CCamRequester_Cgi_Kobu_Http {
  public:
+  // The request thread may still be in a virtual call (the end of a
+  // play-back stop) when the upper layer deletes the requester: it is ended
+  // here, before this class's part is gone.
+  ~PlayModeStopWatch() override {
+    m_iDestruct = 1;
+    StopChildThread();
+  }
   struct Call {
     int iPos;
     std::string sAddress;
