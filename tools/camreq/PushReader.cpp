@@ -4,13 +4,13 @@
 #include <utility>
 
 #include "Record.h"
+#include "StreamState.h"
 
 namespace camreq {
 
 namespace {
 // One read waits at most this long, so that a withdrawal is answered soon.
 constexpr int kReadSliceMs = 100;
-constexpr double kSilenceSec = 1.0;
 constexpr size_t kAudioChunk = 4096;
 }  // namespace
 
@@ -52,9 +52,7 @@ PushStats PushReader::Snapshot() const {
 
 int PushReader::StreamState(double dNow) const {
   std::lock_guard<std::mutex> lock(m_mutex);
-  if (!m_stats.bHeld) return 1;
-  const double dLatest = m_stats.dLast > m_stats.dTaken ? m_stats.dLast : m_stats.dTaken;
-  return dNow - dLatest < kSilenceSec ? 0 : 1;
+  return StreamStateAt(m_stats.bHeld, m_stats.dTaken, m_stats.dLast, dNow);
 }
 
 void PushReader::Loop(HTTP_SESSION* psHandle) {

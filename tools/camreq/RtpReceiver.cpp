@@ -13,13 +13,13 @@
 #include <cstring>
 
 #include "Record.h"
+#include "StreamState.h"
 
 namespace camreq {
 
 namespace {
 
 constexpr int kPollSliceMs = 200;
-constexpr double kSilenceSec = 1.0;
 constexpr int kEvenPortTries = 64;
 constexpr int kReceiveBuffer = 1 << 20;
 constexpr int kH264Sps = 7;
@@ -202,9 +202,7 @@ RtpStats RtpReceiver::Snapshot() const {
 
 int RtpReceiver::StreamState(double dNow) const {
   std::lock_guard<std::mutex> lock(m_mutex);
-  if (!m_stats.bFollowing) return 1;
-  const double dLatest = m_stats.dLast > m_stats.dFollowed ? m_stats.dLast : m_stats.dFollowed;
-  return dNow - dLatest < kSilenceSec ? 0 : 1;
+  return StreamStateAt(m_stats.bFollowing, m_stats.dFollowed, m_stats.dLast, dNow);
 }
 
 // Moves the socket to the place last announced (on the loop's thread).
