@@ -2,10 +2,14 @@
 
 #include <dirent.h>
 #include <malloc.h>
+#include <netinet/in.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
+#include <thread>
 
 #include "CCamRequester_Cgi_Kobu_Http.h"
 #include "CCamRequester_Cgi_Kobu_Rtp.h"
@@ -97,6 +101,28 @@ Resources Snapshot() {
   s.iBuffers = KXCOM_LiveBufferCount();
   s.llHeap = HeapInUse();
   return s;
+}
+
+Resources SettledSnapshot() {
+  // The time kxhttp.h gives a closed session's part, and a margin.
+  std::this_thread::sleep_for(std::chrono::milliseconds(10500));
+  const int fdListen = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in sAddress{};
+  sAddress.sin_family = AF_INET;
+  sAddress.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t ulLength = sizeof(sAddress);
+  const bool bListening =
+      fdListen >= 0 && bind(fdListen, reinterpret_cast<sockaddr*>(&sAddress), ulLength) == 0 &&
+      listen(fdListen, 1) == 0 &&
+      getsockname(fdListen, reinterpret_cast<sockaddr*>(&sAddress), &ulLength) == 0;
+  HTTP_SESSION* psSession =
+      bListening
+          ? http_open_session_to_ret("127.0.0.1", ntohs(sAddress.sin_port), nullptr, 0, 0, 1000, 0)
+          : nullptr;
+  EXPECT_NE(psSession, nullptr) << "no session to the loopback listener";
+  if (psSession != nullptr) http_close_session(psSession);
+  if (fdListen >= 0) close(fdListen);
+  return Snapshot();
 }
 
 std::string Describe(const Resources& s) {
@@ -325,8 +351,7 @@ std::map<int, std::vector<int>> Fleet::DrainUidMessages(std::string* psStray) {
 std::map<int, std::vector<int>> Fleet::AlarmsByCamera(std::string* psStray) const {
   std::map<int, std::vector<int>> aOut;
   const std::vector<camtest::AlarmCapture::Report> asReports = m_alarms.Reports();
-  for (size_t i = m_ulAlarmsBefore; i < asReports.size(); ++i) {
-    const camtest::AlarmCapture::Report& r = asReports[i];
+  for (const camtest::AlarmCapture::Report& r : asReports) {
     const bool bKnown = r.iCamera >= 1 && r.iCamera <= m_iMembers;
     if (!bKnown || r.iPosition != (r.iCamera - 1) % 6 + 1 || r.sAddress != "127.0.0.1") {
       *psStray += " {" + std::to_string(r.iCode) + "," + std::to_string(r.iCamera) + "," +

@@ -34,6 +34,13 @@ struct Resources {
   long long llHeap = -1;  // bytes of heap in use; -1 where it cannot be read
 };
 Resources Snapshot();
+// The snapshot once the HTTP client has let go of the sessions closed last.
+// It keeps a closed session's record and the last part it delivered for
+// 10 s after the close, since a reader on another thread may still hold
+// them, and lets go of them at a later close: the heap right after a cycle
+// holds up to 10 s of its closes. This waits out that time, opens and
+// closes one session of its own on loopback, and then takes the snapshot.
+Resources SettledSnapshot();
 std::string Describe(const Resources& s);
 
 // The requesters of a device number in the hundreds, each with a request
@@ -124,7 +131,7 @@ class Fleet {
   // Alarm codes of each camera number since the last ForgetAlarms, in
   // order; reports that belong to no member in *psStray.
   std::map<int, std::vector<int>> AlarmsByCamera(std::string* psStray) const;
-  void ForgetAlarms() { m_ulAlarmsBefore = m_alarms.Reports().size(); }
+  void ForgetAlarms() { m_alarms.Clear(); }
 
  private:
   void ObserveKeepAlives(Dev e);
@@ -135,7 +142,6 @@ class Fleet {
   std::vector<Member> m_asMembers;
   std::unique_ptr<camtest::UidReceiver> m_pUids;
   camtest::AlarmCapture m_alarms;
-  size_t m_ulAlarmsBefore = 0;
   mutable std::mutex m_mutex;
   std::map<Dev, std::map<int, int>> m_kept;  // keep-alives of each UID, by device
   long m_lNextIndex = 1000;

@@ -42,6 +42,12 @@ class AlarmCapture {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_reports;
   }
+  // Forgets what was reported so far: a long run keeps only what it checks.
+  void Clear() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_reports.clear();
+    m_reports.shrink_to_fit();
+  }
   // The codes reported so far, in order.
   std::vector<int> Codes() const {
     std::vector<int> aiOut;
