@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "CamTestSupport.h"
 #include "CamTestTiming.h"
 #include "ipc_test_support.h"
 
@@ -366,6 +367,29 @@ TEST_F(QueueTest, DeletingAQueueEndsAWaitingReceive) {
   EXPECT_EQ(delete_result.load(), KXCOM_LIB_OK);
 }
 
+TEST_F(QueueTest, DeletingAQueueEndsEveryWaitingReceive) {
+  BoundQueue queue(kRequestModule, 28);
+  ASSERT_GE(queue.id(), 0);
+  const int id = queue.id();
+  constexpr int kReceivers = 3;
+  std::atomic<int> waiting{0};
+  std::atomic<int> ended{0};
+  std::vector<std::thread> receivers;
+  for (int i = 0; i < kReceivers; ++i) {
+    receivers.emplace_back([&] {
+      ++waiting;
+      EXPECT_EQ(_COM_MsgRcvMain(0, Wait(20, 0), id), nullptr);
+      ++ended;
+    });
+  }
+  ASSERT_TRUE(camtest::WaitUntil([&] { return waiting.load() == kReceivers; }));
+  const auto start = Clock::now();
+  ASSERT_EQ(queue.Delete(), KXCOM_LIB_OK);
+  EXPECT_TRUE(camtest::WaitUntil([&] { return ended.load() == kReceivers; }));
+  EXPECT_LT(MillisSince(start), camtest::ScaledMs(2000));
+  for (std::thread& t : receivers) t.join();
+}
+
 TEST_F(QueueTest, SendToADeletedQueueFails) {
   BoundQueue queue(kRequestModule, 22);
   ASSERT_GE(queue.id(), 0);
@@ -432,6 +456,32 @@ TEST_F(QueueTest, FreeBufEntryFreesQueuedMessagesAndKeepsTheQueue) {
   EXPECT_EQ(KXCOM_FreeMsgBuf_Asy(got), KXCOM_LIB_OK);
   // An empty queue is cleared without complaint.
   EXPECT_EQ(COM_FreeBufEntry(kRequestModule, 27), KXCOM_LIB_OK);
+}
+
+TEST_F(QueueTest, AfterFreeBufEntryAReceiveWaitsItsTimeForANewMessage) {
+  BoundQueue queue(kRequestModule, 29);
+  ASSERT_GE(queue.id(), 0);
+  for (int code = 0; code < 3; ++code) {
+    ASSERT_EQ(_COM_MsgSndMain(kRequestModule, 29, KXCOM_CreateMsgBuf_Asy(code, 0, 0)),
+              KXCOM_LIB_OK);
+  }
+  ASSERT_EQ(COM_FreeBufEntry(kRequestModule, 29), KXCOM_LIB_OK);
+  // The cleared messages do not end the wait early.
+  const auto start = Clock::now();
+  EXPECT_EQ(_COM_MsgRcvMain(0, Wait(0, 50000), queue.id()), nullptr);
+  EXPECT_GE(MillisSince(start), 50.0);
+  // A message sent during the wait ends it.
+  KXCOM_MSGBUF* buf = KXCOM_CreateMsgBuf_Asy(7, 0, 0);
+  std::thread sender([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(_COM_MsgSndMain(kRequestModule, 29, buf), KXCOM_LIB_OK);
+  });
+  KXCOM_MSGBUF* got = _COM_MsgRcvMain(0, Wait(20, 0), queue.id());
+  sender.join();
+  EXPECT_EQ(got, buf);
+  if (got != nullptr) {
+    EXPECT_EQ(KXCOM_FreeMsgBuf_Asy(got), KXCOM_LIB_OK);
+  }
 }
 
 TEST_F(QueueTest, FreeBufEntryOfAnUnboundAddressIsRefused) {

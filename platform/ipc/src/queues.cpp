@@ -2,19 +2,27 @@
 //
 // A bind gives the queue an id that is never used again, so a receive on the
 // id of an unbound queue finds nothing and returns at once. A receiver waits
-// on the queue's condition, so a send wakes it the moment the message is in.
+// on the queue's semaphore, which counts the messages sent, so a send wakes
+// it the moment the message is in. A semaphore rather than a condition: the
+// request threads end most waits without a message, and a condition's
+// waiter takes its mutex back as if contended, so that the unlock after it
+// costs a second system call every idle round.
 //
 // Locks: the table lock guards the bindings and ids only; a queue's own lock
 // guards its messages. A queue lock may be held while the buffer registry's
 // lock is taken, never the other way round.
+#include <errno.h>
+#include <semaphore.h>
+#include <time.h>
+
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <new>
+#include <shared_mutex>
 #include <unordered_map>
 #include <utility>
 
@@ -26,18 +34,62 @@ namespace kxcom {
 namespace {
 
 struct Queue {
+  Queue() { sem_init(&arrived, 0, 0); }
+  ~Queue() { sem_destroy(&arrived); }
+  Queue(const Queue&) = delete;
+  Queue& operator=(const Queue&) = delete;
+
   std::mutex mutex;
-  std::condition_variable arrived;
+  // One count per message sent; the unbind adds one that every receiver
+  // woken by it passes on.
+  sem_t arrived;
   std::deque<KXCOM_MSGBUF*> messages;
   bool unbound = false;
 };
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+// Takes one count of the queue's semaphore; false when none came by the
+// deadline (a deadline already passed only looks).
+bool TakeCount(Queue& queue, Deadline deadline) {
+  const auto since_epoch = deadline.time_since_epoch();
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(since_epoch);
+  timespec until{};
+  until.tv_sec = static_cast<time_t>(seconds.count());
+  until.tv_nsec = static_cast<long>(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch - seconds).count());
+  // The steady clock is the monotonic one.
+  while (sem_clockwait(&queue.arrived, CLOCK_MONOTONIC, &until) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
+
+// The next message, null when none came by the deadline or the queue was
+// unbound.
+KXCOM_MSGBUF* Receive(Queue& queue, Deadline deadline) {
+  while (TakeCount(queue, deadline)) {
+    std::lock_guard<std::mutex> lock(queue.mutex);
+    if (queue.unbound) {
+      sem_post(&queue.arrived);  // for the next receiver still waiting
+      return nullptr;
+    }
+    // Empty: the count of a message that a COM_FreeBufEntry took.
+    if (queue.messages.empty()) continue;
+    KXCOM_MSGBUF* message = queue.messages.front();
+    queue.messages.pop_front();
+    MarkHeld(message);
+    return message;
+  }
+  return nullptr;
+}
 
 using Address = std::pair<int, uint32_t>;
 
 class QueueTable {
  public:
   int Bind(const Address& address) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::shared_mutex> lock(mutex_);
     if (bound_.count(address) != 0) return KXCOM_ERR_BOUND;
     const int id = next_id_;
     if (id < 0) return KXCOM_ERR_NO_MEMORY;  // every id has been given out
@@ -49,20 +101,20 @@ class QueueTable {
   }
 
   std::shared_ptr<Queue> ById(int id) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::shared_lock<std::shared_mutex> lock(mutex_);
     auto it = by_id_.find(id);
     return it == by_id_.end() ? nullptr : it->second;
   }
 
   std::shared_ptr<Queue> ByAddress(const Address& address) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::shared_lock<std::shared_mutex> lock(mutex_);
     auto it = bound_.find(address);
     return it == bound_.end() ? nullptr : by_id_.at(it->second);
   }
 
   // Removes the binding when id names the queue bound at address.
   int Unbind(int id, const Address& address, std::shared_ptr<Queue>* removed) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::shared_mutex> lock(mutex_);
     auto id_it = by_id_.find(id);
     if (id_it == by_id_.end()) return KXCOM_ERR_DELETED;
     auto address_it = bound_.find(address);
@@ -74,7 +126,10 @@ class QueueTable {
   }
 
  private:
-  std::mutex mutex_;
+  // Every receive and send looks its queue up here: the request threads of
+  // a device wake together at the end of their idle rounds, and lookups
+  // must not queue behind each other then.
+  std::shared_mutex mutex_;
   std::map<Address, int> bound_;
   std::unordered_map<int, std::shared_ptr<Queue>> by_id_;
   int next_id_ = 0;
@@ -122,7 +177,7 @@ int Send(const Address& address, KXCOM_MSGBUF* psBuf) {
       return handed;
     }
   }
-  queue->arrived.notify_one();
+  sem_post(&queue->arrived);
   return KXCOM_LIB_OK;
 }
 
@@ -163,15 +218,7 @@ int COM_MsgSnd(int iDestination, int /*iReserved*/, KXCOM_MSGBUF* psBuf) {
 KXCOM_MSGBUF* _COM_MsgRcvMain(int /*iFlag*/, struct timeval sWait, int iQueueId) {
   std::shared_ptr<kxcom::Queue> queue = kxcom::TheTable().ById(iQueueId);
   if (!queue) return nullptr;
-  const auto deadline = std::chrono::steady_clock::now() + kxcom::WaitOf(sWait);
-  std::unique_lock<std::mutex> lock(queue->mutex);
-  const bool ready = queue->arrived.wait_until(
-      lock, deadline, [&queue] { return queue->unbound || !queue->messages.empty(); });
-  if (!ready || queue->unbound) return nullptr;
-  KXCOM_MSGBUF* message = queue->messages.front();
-  queue->messages.pop_front();
-  kxcom::MarkHeld(message);
-  return message;
+  return kxcom::Receive(*queue, std::chrono::steady_clock::now() + kxcom::WaitOf(sWait));
 }
 
 int COM_FreeBufEntry(int iModule, uint32_t ulIndex) {
@@ -187,7 +234,7 @@ int KXCOM_DeleteMsgQue_Asy(int iQueueId, int iModule, uint32_t ulIndex) {
   if (result != KXCOM_LIB_OK) return result;
   kxcom::FreeAll(kxcom::TakeAll(*queue, true));
   // Receivers still waiting on this queue return null now.
-  queue->arrived.notify_all();
+  sem_post(&queue->arrived);
   return KXCOM_LIB_OK;
 }
 
