@@ -3,6 +3,7 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -49,16 +50,26 @@ uint32_t wait_connected(int fd, Deadline deadline) {
   }
 }
 
+// The connect waits in the kernel, bounded by the socket's send time-out:
+// one call where a non-blocking connect takes three (connect, poll and the
+// error read). Every later send and receive of the session asks not to
+// block by its flags, so the socket itself stays blocking.
 int connect_one(const addrinfo* address, Deadline deadline, uint32_t& code) {
-  int fd = socket(address->ai_family, address->ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK,
-                  address->ai_protocol);
+  int fd = socket(address->ai_family, address->ai_socktype | SOCK_CLOEXEC, address->ai_protocol);
   if (fd < 0) {
     code = HTTP_ERR_CONNECT;
     return -1;
   }
   code = 0;
-  if (connect(fd, address->ai_addr, address->ai_addrlen) != 0) {
-    code = errno == EINPROGRESS ? wait_connected(fd, deadline) : HTTP_ERR_CONNECT;
+  const long waitMs = remaining_ms(deadline) > 0 ? remaining_ms(deadline) : 1;
+  const timeval limit{static_cast<time_t>(waitMs / 1000),
+                      static_cast<suseconds_t>(waitMs % 1000 * 1000)};
+  if (setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) != 0) {
+    code = HTTP_ERR_CONNECT;
+  } else if (connect(fd, address->ai_addr, address->ai_addrlen) != 0) {
+    // The time-out ran out (EINPROGRESS) or a signal came (EINTR): the
+    // connection goes on in the background, and the deadline decides.
+    code = errno == EINPROGRESS || errno == EINTR ? wait_connected(fd, deadline) : HTTP_ERR_CONNECT;
   }
   if (code != 0) {
     close(fd);
