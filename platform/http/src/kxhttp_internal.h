@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -61,12 +63,46 @@ class MemorySource : public ByteSource {
   size_t offset_ = 0;
 };
 
-// Bytes received but not yet consumed, in front of a source.
-struct InputBuffer {
+// Bytes received but not yet consumed, in front of a source, in one block.
+// Consuming only moves an offset: the consumed space is taken back, by
+// moving what is still pending to the front, only when a read needs the
+// room. So a push of many small parts, many to a read, costs no copy of
+// the bytes behind each part.
+class InputBuffer {
+ public:
+  // What one read asks the source for: an answer to a request is short, a
+  // push comes without pause, and the fewer reads take it the better.
+  static constexpr size_t kRequestReadBytes = 4096;
+  static constexpr size_t kPushReadBytes = size_t{64} * 1024;
+
   ByteSource* source = nullptr;
-  std::string pending;
-  // Appends more bytes from the source to pending.
+
+  void set_read_bytes(size_t bytes) { readBytes_ = bytes; }
+  std::string_view pending() const {
+    return std::string_view(block_.get() + begin_, end_ - begin_);
+  }
+  size_t size() const { return end_ - begin_; }
+  bool empty() const { return begin_ == end_; }
+  void consume(size_t count) { begin_ += count; }
+  void clear() { begin_ = end_ = 0; }
+  // Reads more bytes from the source behind the pending ones.
   ReadStatus fill(Deadline deadline);
+  // Reads towards total pending bytes in one piece: the room for all of
+  // them is made first, so that they never move again. A long rest is read
+  // to its end and no further, so that what follows has little to move; a
+  // short one takes as much as fill.
+  ReadStatus fill_toward(size_t total, Deadline deadline);
+
+ private:
+  // At least count bytes of room behind the pending bytes.
+  void make_room(size_t count);
+  ReadStatus read_at_most(size_t count, Deadline deadline);
+
+  std::unique_ptr<char[]> block_;
+  size_t capacity_ = 0;
+  size_t begin_ = 0;  // the first pending byte
+  size_t end_ = 0;    // behind the last pending byte
+  size_t readBytes_ = kRequestReadBytes;
 };
 
 // Result code for a read that ended without the bytes that were due.
@@ -77,6 +113,12 @@ uint32_t code_for_read_status(ReadStatus status);
 struct Header {
   std::string name;
   std::string value;
+};
+
+// A header as it lies in the received bytes, valid while they are.
+struct HeaderView {
+  std::string_view name;
+  std::string_view value;
 };
 
 struct ResponseHead {
@@ -91,9 +133,21 @@ struct ResponseHead {
 // npos when none follows.
 size_t after_separator(const std::string& text, size_t position, char separator);
 
-// Case-insensitive header lookup; null when absent.
-const std::string* find_header(const std::vector<Header>& headers, const char* name);
-bool equals_ignore_case(const std::string& a, const char* b);
+bool equals_ignore_case(std::string_view a, const char* b);
+
+// Case-insensitive lookup of the first header of that name: its value, or
+// null when absent.
+template <typename Field>
+auto find_header(const std::vector<Field>& headers, const char* name)
+    -> decltype(&headers.front().value) {
+  for (const Field& header : headers) {
+    if (equals_ignore_case(header.name, name)) return &header.value;
+  }
+  return nullptr;
+}
+
+// A Content-Length value: decimal digits alone, at most 15 of them.
+bool parse_length(std::string_view text, uint64_t& length);
 
 // The status as the library reports it: 0x08000000 | three hex digits.
 uint32_t code_for_status(int status);
@@ -102,11 +156,12 @@ enum class HeadParse { kIncomplete, kComplete, kBad };
 
 // Parses a status line and headers at the front of data. On kComplete,
 // consumed is the length of the head including its empty line.
-HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_t& consumed);
+HeadParse parse_response_head(std::string_view data, ResponseHead& head, size_t& consumed);
 
 // Parses "Name: value" lines of a head block (status line excluded) ending
-// at an empty line; kBad for a line without colon or a bad Content-Length.
-HeadParse parse_header_block(const std::string& data, size_t start, std::vector<Header>& headers,
+// at an empty line into headers, which it empties first: views into data,
+// so that a part's head costs no copy. kBad for a line without colon.
+HeadParse parse_header_block(std::string_view data, size_t start, std::vector<HeaderView>& headers,
                              size_t& consumed);
 
 // Reads a response head (skipping interim 1xx heads). 0 or a result code.
@@ -141,17 +196,19 @@ class MultipartReader {
 
  private:
   // What the line starting at start is; on a delimiter, which one matched.
-  LineKind classify_line(const std::string& data, size_t start, size_t& matched) const;
+  LineKind classify_line(std::string_view data, size_t start, size_t& matched) const;
   // From the first delimiter on, the stream's own delimiter alone is used.
   void keep_delimiter(size_t matched);
   uint32_t skip_delimiter(InputBuffer& input, Deadline deadline);
-  uint32_t skip_preamble_line(std::string& pending);
-  uint32_t read_part_headers(InputBuffer& input, Deadline deadline, std::vector<Header>& headers);
+  uint32_t skip_preamble_line(InputBuffer& input);
+  uint32_t read_part_headers(InputBuffer& input, Deadline deadline);
   uint32_t read_sized_body(InputBuffer& input, Deadline deadline, uint64_t length);
   uint32_t read_delimited_body(InputBuffer& input, Deadline deadline);
-  uint32_t take_body(std::string& pending, size_t end);
+  uint32_t take_body(InputBuffer& input, size_t end);
 
   std::vector<std::string> delimiters_;  // candidates, the longer first
+  // The last part's headers, kept so that the next part reuses the room.
+  std::vector<HeaderView> headers_;
   std::string contentType_;
   std::vector<unsigned char> data_;
   size_t preambleBytes_ = 0;

@@ -22,19 +22,19 @@ bool is_padding(char c) {
 
 // Removes the empty lines that separate a part's body from the next
 // delimiter. False while only line ends are buffered.
-bool skip_line_ends(std::string& pending) {
-  size_t skip = pending.find_first_not_of("\r\n");
-  if (skip == std::string::npos) {
-    pending.clear();
+bool skip_line_ends(InputBuffer& input) {
+  size_t skip = input.pending().find_first_not_of("\r\n");
+  if (skip == std::string_view::npos) {
+    input.clear();
     return false;
   }
-  pending.erase(0, skip);
+  input.consume(skip);
   return true;
 }
 
 // A delimiter line is the delimiter, optional blanks and the line end; the
 // closing one has "--" right after the delimiter.
-LineKind delimiter_line(const std::string& data, size_t start, const std::string& delimiter) {
+LineKind delimiter_line(std::string_view data, size_t start, const std::string& delimiter) {
   size_t available = data.size() - start;
   size_t compared = std::min(available, delimiter.size());
   if (data.compare(start, compared, delimiter, 0, compared) != 0) return LineKind::kOther;
@@ -53,7 +53,7 @@ LineKind delimiter_line(const std::string& data, size_t start, const std::string
 }
 
 // "Name: value": a token right before a colon.
-bool is_header_line(const std::string& data, size_t end) {
+bool is_header_line(std::string_view data, size_t end) {
   size_t colon = data.find(':');
   if (colon == 0 || colon >= end) return false;
   return std::all_of(data.begin(), data.begin() + static_cast<long>(colon), is_token_char);
@@ -100,7 +100,7 @@ MultipartReader::MultipartReader(const std::string& boundary) {
   if (boundary.compare(0, 2, "--") == 0 && boundary.size() > 2) delimiters_.push_back(boundary);
 }
 
-LineKind MultipartReader::classify_line(const std::string& data, size_t start,
+LineKind MultipartReader::classify_line(std::string_view data, size_t start,
                                         size_t& matched) const {
   LineKind result = LineKind::kOther;
   for (size_t i = 0; i < delimiters_.size(); ++i) {
@@ -119,9 +119,10 @@ void MultipartReader::keep_delimiter(size_t matched) {
 }
 
 // A line before the first delimiter that is no part header is preamble.
-uint32_t MultipartReader::skip_preamble_line(std::string& pending) {
+uint32_t MultipartReader::skip_preamble_line(InputBuffer& input) {
+  std::string_view pending = input.pending();
   size_t end = pending.find('\n');
-  if (end == std::string::npos) {
+  if (end == std::string_view::npos) {
     return preambleBytes_ + pending.size() > kMaxPreambleBytes ? HTTP_ERR_PROTOCOL : 0;
   }
   if (is_header_line(pending, end)) {
@@ -129,33 +130,32 @@ uint32_t MultipartReader::skip_preamble_line(std::string& pending) {
     return 0;
   }
   preambleBytes_ += end + 1;
-  pending.erase(0, end + 1);
+  input.consume(end + 1);
   return preambleBytes_ > kMaxPreambleBytes ? HTTP_ERR_PROTOCOL : 0;
 }
 
 uint32_t MultipartReader::skip_delimiter(InputBuffer& input, Deadline deadline) {
-  std::string& pending = input.pending;
   for (;;) {
-    if (skip_line_ends(pending)) {
+    if (skip_line_ends(input)) {
       size_t matched = 0;
-      LineKind kind = classify_line(pending, 0, matched);
+      LineKind kind = classify_line(input.pending(), 0, matched);
       if (kind == LineKind::kClosing) {
         finished_ = true;
         return HTTP_ERR_CLOSED;
       }
       if (kind == LineKind::kDelimiter) {
         keep_delimiter(matched);
-        pending.erase(0, pending.find('\n') + 1);
+        input.consume(input.pending().find('\n') + 1);
         started_ = true;
         return 0;
       }
       // Part headers without a delimiter before them: tolerated.
       if (kind == LineKind::kOther && started_) return 0;
       if (kind == LineKind::kOther) {
-        size_t before = pending.size();
-        uint32_t code = skip_preamble_line(pending);
+        size_t before = input.size();
+        uint32_t code = skip_preamble_line(input);
         if (code != 0 || started_) return code;
-        if (pending.size() != before) continue;
+        if (input.size() != before) continue;
       }
     }
     ReadStatus status = input.fill(deadline);
@@ -163,15 +163,14 @@ uint32_t MultipartReader::skip_delimiter(InputBuffer& input, Deadline deadline) 
   }
 }
 
-uint32_t MultipartReader::read_part_headers(InputBuffer& input, Deadline deadline,
-                                            std::vector<Header>& headers) {
+uint32_t MultipartReader::read_part_headers(InputBuffer& input, Deadline deadline) {
   for (;;) {
     size_t consumed = 0;
-    headers.clear();
-    HeadParse result = parse_header_block(input.pending, 0, headers, consumed);
+    HeadParse result = parse_header_block(input.pending(), 0, headers_, consumed);
     if (result == HeadParse::kBad) return HTTP_ERR_PROTOCOL;
     if (result == HeadParse::kComplete) {
-      input.pending.erase(0, consumed);
+      // The views stay valid: consuming moves no byte.
+      input.consume(consumed);
       return 0;
     }
     ReadStatus status = input.fill(deadline);
@@ -179,52 +178,36 @@ uint32_t MultipartReader::read_part_headers(InputBuffer& input, Deadline deadlin
   }
 }
 
-uint32_t MultipartReader::take_body(std::string& pending, size_t end) {
+uint32_t MultipartReader::take_body(InputBuffer& input, size_t end) {
   if (end > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
   // Byte pointers of one type, so that the copy is one block copy rather
   // than a conversion byte by byte.
-  const auto* bytes = reinterpret_cast<const unsigned char*>(pending.data());
+  const auto* bytes = reinterpret_cast<const unsigned char*>(input.pending().data());
   data_.assign(bytes, bytes + end);
-  pending.erase(0, end);
+  input.consume(end);
   return 0;
 }
 
 uint32_t MultipartReader::read_sized_body(InputBuffer& input, Deadline deadline, uint64_t length) {
   if (length > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
   const size_t size = static_cast<size_t>(length);
-  std::string& pending = input.pending;
-  if (pending.size() >= size) return take_body(pending, size);
-  // The rest of a long part is read straight into the part, in reads as
-  // large as the source gives and never past the part: one copy of each
-  // byte, as a plain receive makes.
-  size_t have = pending.size();
-  data_.resize(size);
-  std::memcpy(data_.data(), pending.data(), have);
-  pending.clear();
-  while (have < size) {
-    size_t got = 0;
-    ReadStatus status = input.source->read_some(reinterpret_cast<char*>(data_.data()) + have,
-                                                size - have, deadline, got);
-    if (status != ReadStatus::kOk) {
-      // What came stays pending, as if read in pieces.
-      pending.assign(reinterpret_cast<const char*>(data_.data()), have);
-      data_.clear();
-      return code_for_read_status(status);
-    }
-    have += got;
+  // What does not come in time stays pending, as if read in pieces.
+  while (input.size() < size) {
+    ReadStatus status = input.fill_toward(size, deadline);
+    if (status != ReadStatus::kOk) return code_for_read_status(status);
   }
-  return 0;
+  return take_body(input, size);
 }
 
 // The body ends before the line end in front of the next delimiter line.
 // Each line is looked at once: lineStart is the line in question,
 // scanFrom where the search for its end goes on after more bytes came.
 uint32_t MultipartReader::read_delimited_body(InputBuffer& input, Deadline deadline) {
-  std::string& pending = input.pending;
   size_t lineStart = 0;
   size_t scanFrom = 0;
   for (;;) {
     LineKind kind = LineKind::kOther;
+    std::string_view pending = input.pending();
     for (;;) {
       size_t matched = 0;
       kind = classify_line(pending, lineStart, matched);
@@ -232,11 +215,11 @@ uint32_t MultipartReader::read_delimited_body(InputBuffer& input, Deadline deadl
         keep_delimiter(matched);
         size_t end = lineStart == 0 ? 0 : lineStart - 1;
         if (end > 0 && pending[end - 1] == '\r') --end;
-        return take_body(pending, end);
+        return take_body(input, end);
       }
       if (kind == LineKind::kNeedMore) break;
       size_t newline = pending.find('\n', std::max(scanFrom, lineStart));
-      if (newline == std::string::npos) {
+      if (newline == std::string_view::npos) {
         scanFrom = pending.size();
         break;
       }
@@ -256,18 +239,14 @@ uint32_t MultipartReader::next_part(InputBuffer& input, Deadline deadline) {
   if (finished_) return HTTP_ERR_CLOSED;
   uint32_t code = skip_delimiter(input, deadline);
   if (code != 0) return code;
-  std::vector<Header> headers;
-  code = read_part_headers(input, deadline, headers);
+  code = read_part_headers(input, deadline);
   if (code != 0) return code;
-  if (const std::string* type = find_header(headers, "Content-Type")) contentType_ = *type;
-  const std::string* length = find_header(headers, "Content-Length");
-  if (length == nullptr) return read_delimited_body(input, deadline);
-  std::string digits = *length;
-  if (digits.empty() || digits.size() > 15 ||
-      digits.find_first_not_of("0123456789") != std::string::npos) {
-    return HTTP_ERR_PROTOCOL;
-  }
-  return read_sized_body(input, deadline, std::stoull(digits));
+  if (const std::string_view* type = find_header(headers_, "Content-Type")) contentType_ = *type;
+  const std::string_view* lengthText = find_header(headers_, "Content-Length");
+  if (lengthText == nullptr) return read_delimited_body(input, deadline);
+  uint64_t length = 0;
+  if (!parse_length(*lengthText, length)) return HTTP_ERR_PROTOCOL;
+  return read_sized_body(input, deadline, length);
 }
 
 }  // namespace kxhttp

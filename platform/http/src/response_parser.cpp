@@ -16,25 +16,25 @@ char lower(char c) {
   return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-std::string trim(const std::string& text) {
+std::string_view trim(std::string_view text) {
   size_t begin = text.find_first_not_of(" \t");
-  if (begin == std::string::npos) return std::string();
+  if (begin == std::string_view::npos) return std::string_view();
   size_t end = text.find_last_not_of(" \t\r");
   return text.substr(begin, end - begin + 1);
 }
 
 // Finds the end of the line starting at start: index of '\n', or npos.
-size_t line_end(const std::string& data, size_t start) {
+size_t line_end(std::string_view data, size_t start) {
   return data.find('\n', start);
 }
 
 // The line without its CR LF or LF.
-std::string line_text(const std::string& data, size_t start, size_t end) {
+std::string_view line_text(std::string_view data, size_t start, size_t end) {
   size_t stop = (end > start && data[end - 1] == '\r') ? end - 1 : end;
   return data.substr(start, stop - start);
 }
 
-bool all_digits(const std::string& text) {
+bool all_digits(std::string_view text) {
   return !text.empty() &&
          std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
@@ -59,10 +59,7 @@ int parse_status_line(const std::string& line) {
 }
 
 bool parse_content_length(const std::string& value, uint64_t& length) {
-  std::string text = trim(value);
-  if (!all_digits(text) || text.size() > 15) return false;
-  length = std::stoull(text);
-  return true;
+  return parse_length(trim(value), length);
 }
 
 // Takes Content-Length from the headers; false when it is malformed or
@@ -86,7 +83,14 @@ bool status_has_body(int status) {
 
 }  // namespace
 
-bool equals_ignore_case(const std::string& a, const char* b) {
+bool parse_length(std::string_view text, uint64_t& length) {
+  if (!all_digits(text) || text.size() > 15) return false;
+  length = 0;
+  for (char c : text) length = length * 10 + static_cast<uint64_t>(c - '0');
+  return true;
+}
+
+bool equals_ignore_case(std::string_view a, const char* b) {
   size_t length = std::strlen(b);
   if (a.size() != length) return false;
   for (size_t i = 0; i < length; ++i) {
@@ -110,13 +114,6 @@ size_t after_separator(const std::string& text, size_t position, char separator)
   return std::string::npos;
 }
 
-const std::string* find_header(const std::vector<Header>& headers, const char* name) {
-  for (const Header& header : headers) {
-    if (equals_ignore_case(header.name, name)) return &header.value;
-  }
-  return nullptr;
-}
-
 uint32_t code_for_status(int status) {
   uint32_t hundreds = static_cast<uint32_t>(status / 100 % 10);
   uint32_t tens = static_cast<uint32_t>(status / 10 % 10);
@@ -124,27 +121,28 @@ uint32_t code_for_status(int status) {
   return HTTP_RESULT_OK | (hundreds << 8) | (tens << 4) | ones;
 }
 
-HeadParse parse_header_block(const std::string& data, size_t start, std::vector<Header>& headers,
+HeadParse parse_header_block(std::string_view data, size_t start, std::vector<HeaderView>& headers,
                              size_t& consumed) {
+  headers.clear();
   size_t position = start;
   for (;;) {
     size_t end = line_end(data, position);
-    if (end == std::string::npos) {
+    if (end == std::string_view::npos) {
       return data.size() - start > kMaxHeadBytes ? HeadParse::kBad : HeadParse::kIncomplete;
     }
-    std::string line = line_text(data, position, end);
+    std::string_view line = line_text(data, position, end);
     position = end + 1;
     if (line.empty()) break;
     size_t colon = line.find(':');
-    if (colon == std::string::npos || colon == 0) return HeadParse::kBad;
-    headers.push_back(Header{trim(line.substr(0, colon)), trim(line.substr(colon + 1))});
+    if (colon == std::string_view::npos || colon == 0) return HeadParse::kBad;
+    headers.push_back(HeaderView{trim(line.substr(0, colon)), trim(line.substr(colon + 1))});
     if (position - start > kMaxHeadBytes) return HeadParse::kBad;
   }
   consumed = position - start;
   return HeadParse::kComplete;
 }
 
-HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_t& consumed) {
+HeadParse parse_response_head(std::string_view data, ResponseHead& head, size_t& consumed) {
   // Reject a foreign answer as soon as its first bytes show it.
   size_t compared = std::min(data.size(), kHttpPrefixLength);
   if (data.compare(0, compared, kHttpPrefix, compared) != 0) return HeadParse::kBad;
@@ -153,11 +151,15 @@ HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_
     return data.size() > kMaxHeadBytes ? HeadParse::kBad : HeadParse::kIncomplete;
   }
   head = ResponseHead{};
-  head.status = parse_status_line(line_text(data, 0, end));
+  head.status = parse_status_line(std::string(line_text(data, 0, end)));
   if (head.status == 0) return HeadParse::kBad;
   size_t blockLength = 0;
-  HeadParse result = parse_header_block(data, end + 1, head.headers, blockLength);
+  std::vector<HeaderView> fields;
+  HeadParse result = parse_header_block(data, end + 1, fields, blockLength);
   if (result != HeadParse::kComplete) return result;
+  for (const HeaderView& field : fields) {
+    head.headers.push_back(Header{std::string(field.name), std::string(field.value)});
+  }
   if (!apply_content_length(head)) return HeadParse::kBad;
   consumed = end + 1 + blockLength;
   return HeadParse::kComplete;
@@ -166,10 +168,10 @@ HeadParse parse_response_head(const std::string& data, ResponseHead& head, size_
 uint32_t read_response_head(InputBuffer& input, Deadline deadline, ResponseHead& head) {
   for (;;) {
     size_t consumed = 0;
-    HeadParse result = parse_response_head(input.pending, head, consumed);
+    HeadParse result = parse_response_head(input.pending(), head, consumed);
     if (result == HeadParse::kBad) return HTTP_ERR_PROTOCOL;
     if (result == HeadParse::kComplete) {
-      input.pending.erase(0, consumed);
+      input.consume(consumed);
       if (head.status >= 200) return 0;
       continue;  // an interim 1xx answer: the real one follows
     }
@@ -189,14 +191,14 @@ uint32_t read_response_body(InputBuffer& input, Deadline deadline, const Respons
   uint64_t received = 0;
   for (;;) {
     // Keep what fits, leaving room for the terminating zero.
-    size_t take = input.pending.size();
+    size_t take = input.size();
     if (!toClose) take = static_cast<size_t>(std::min<uint64_t>(take, due - received));
     size_t room = capacity - 1 - stored;
     size_t keep = std::min(take, room);
-    std::memcpy(out + stored, input.pending.data(), keep);
+    if (keep > 0) std::memcpy(out + stored, input.pending().data(), keep);
     stored += keep;
     out[stored] = '\0';
-    input.pending.erase(0, take);
+    input.consume(take);
     received += take;
     if (!toClose && received >= due) return 0;
     ReadStatus status = input.fill(deadline);

@@ -176,7 +176,7 @@ void close_connection(SessionImpl& impl) {
     publish_socket(impl, -1);
     if (fd >= 0) close(fd);
   }
-  impl.input.pending.clear();
+  impl.input.clear();
   impl.multipart.reset();
   impl.pushReady = false;
 }
@@ -217,7 +217,7 @@ uint32_t send_request(SessionImpl& impl, Deadline deadline, const std::string& a
     if (code != 0) return code;
   }
   impl.connectionUsed = true;
-  impl.input.pending.clear();
+  impl.input.clear();
   impl.source = SocketSource(impl.fd.load());
   impl.input.source = &impl.source;
   std::string target =
@@ -356,6 +356,7 @@ uint32_t http_do_request(HTTP_SESSION* psSession, _InetBuffer* psBuf, int iTimeo
   psBuf->ulStatus = 0;
   impl->multipart.reset();
   impl->pushReady = false;
+  impl->input.set_read_bytes(kxhttp::InputBuffer::kRequestReadBytes);
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
   kxhttp::ResponseHead head;
   uint32_t code = kxhttp::exchange(*impl, deadline, head);
@@ -374,6 +375,7 @@ uint32_t http_do_server_push(HTTP_SESSION* psSession, int iTimeoutSec) {
   if (!impl) return HTTP_ERR_PARAM;
   impl->multipart.reset();
   impl->pushReady = false;
+  impl->input.set_read_bytes(kxhttp::InputBuffer::kPushReadBytes);
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::response_timeout_ms(iTimeoutSec));
   kxhttp::ResponseHead head;
   uint32_t code = kxhttp::exchange(*impl, deadline, head);
@@ -430,14 +432,14 @@ uint32_t http_push_read(HTTP_SESSION* psSession, void* pvData, size_t ulMax, siz
   kxhttp::SessionCall impl(psSession);
   if (!impl) return HTTP_ERR_CLOSED;
   if (!impl->pushReady) return HTTP_ERR_STATE;
-  if (impl->input.pending.empty()) {
+  if (impl->input.empty()) {
     kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
     kxhttp::ReadStatus status = impl->input.fill(deadline);
     if (status != kxhttp::ReadStatus::kOk) return kxhttp::code_for_read_status(status);
   }
-  size_t count = std::min(ulMax, impl->input.pending.size());
-  std::memcpy(pvData, impl->input.pending.data(), count);
-  impl->input.pending.erase(0, count);
+  size_t count = std::min(ulMax, impl->input.size());
+  std::memcpy(pvData, impl->input.pending().data(), count);
+  impl->input.consume(count);
   *pulRead = count;
   return 0;
 }

@@ -87,12 +87,43 @@ ReadStatus MemorySource::read_some(char* buf, size_t capacity, Deadline, size_t&
   return ReadStatus::kOk;
 }
 
-ReadStatus InputBuffer::fill(Deadline deadline) {
-  char chunk[4096];
+void InputBuffer::make_room(size_t count) {
+  if (capacity_ - end_ >= count) return;
+  const size_t pendingBytes = size();
+  if (capacity_ - pendingBytes >= count) {
+    // What is pending goes to the front: it is what a read brought beyond
+    // the bytes consumed, seldom more than one part.
+    if (pendingBytes > 0) std::memmove(block_.get(), block_.get() + begin_, pendingBytes);
+  } else {
+    // Doubling keeps a long part that is searched for its end from being
+    // copied once a read.
+    const size_t capacity = std::max({capacity_ * 2, pendingBytes + count, 2 * readBytes_});
+    std::unique_ptr<char[]> block(new char[capacity]);
+    if (pendingBytes > 0) std::memcpy(block.get(), block_.get() + begin_, pendingBytes);
+    block_ = std::move(block);
+    capacity_ = capacity;
+  }
+  begin_ = 0;
+  end_ = pendingBytes;
+}
+
+ReadStatus InputBuffer::read_at_most(size_t count, Deadline deadline) {
   size_t got = 0;
-  ReadStatus status = source->read_some(chunk, sizeof chunk, deadline, got);
-  if (status == ReadStatus::kOk) pending.append(chunk, got);
+  ReadStatus status =
+      source->read_some(block_.get() + end_, std::min(count, capacity_ - end_), deadline, got);
+  if (status == ReadStatus::kOk) end_ += got;
   return status;
+}
+
+ReadStatus InputBuffer::fill(Deadline deadline) {
+  make_room(readBytes_);
+  return read_at_most(readBytes_, deadline);
+}
+
+ReadStatus InputBuffer::fill_toward(size_t total, Deadline deadline) {
+  const size_t rest = total > size() ? total - size() : 1;
+  make_room(rest);
+  return read_at_most(std::max(rest, readBytes_), deadline);
 }
 
 uint32_t code_for_read_status(ReadStatus status) {
