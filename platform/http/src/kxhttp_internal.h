@@ -185,12 +185,15 @@ std::string boundary_from_content_type(const std::string& contentType);
 class MultipartReader {
  public:
   explicit MultipartReader(const std::string& boundary);
-  // Reads the next part into the reader's own storage. 0 or a result code.
+  // Reads the next part into the reader's own storage, which every part
+  // reuses. 0 or a result code.
   uint32_t next_part(InputBuffer& input, Deadline deadline);
   const std::string& content_type() const { return contentType_; }
-  const std::vector<unsigned char>& data() const { return data_; }
-  // Hands the last part's bytes over, leaving the reader without them.
-  std::vector<unsigned char> take_data() { return std::move(data_); }
+  const std::vector<unsigned char>& data() const { return *data_; }
+  // The storage, for a caller who must keep the last part readable after
+  // the reader has gone. Holding it keeps no more than the largest part:
+  // a part handed out in the input buffer would keep the whole buffer.
+  const std::shared_ptr<std::vector<unsigned char>>& storage() const { return data_; }
 
   enum class LineKind { kNeedMore, kOther, kDelimiter, kClosing };
 
@@ -210,7 +213,8 @@ class MultipartReader {
   // The last part's headers, kept so that the next part reuses the room.
   std::vector<HeaderView> headers_;
   std::string contentType_;
-  std::vector<unsigned char> data_;
+  std::shared_ptr<std::vector<unsigned char>> data_ =
+      std::make_shared<std::vector<unsigned char>>();
   size_t preambleBytes_ = 0;
   bool started_ = false;  // the first part has begun: no preamble any more
   bool finished_ = false;

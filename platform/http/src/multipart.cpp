@@ -181,9 +181,10 @@ uint32_t MultipartReader::read_part_headers(InputBuffer& input, Deadline deadlin
 uint32_t MultipartReader::take_body(InputBuffer& input, size_t end) {
   if (end > kMaxPartBytes) return HTTP_ERR_PROTOCOL;
   // Byte pointers of one type, so that the copy is one block copy rather
-  // than a conversion byte by byte.
+  // than a conversion byte by byte; the storage keeps its room from the
+  // part before.
   const auto* bytes = reinterpret_cast<const unsigned char*>(input.pending().data());
-  data_.assign(bytes, bytes + end);
+  data_->assign(bytes, bytes + end);
   input.consume(end);
   return 0;
 }
@@ -235,7 +236,7 @@ uint32_t MultipartReader::read_delimited_body(InputBuffer& input, Deadline deadl
 
 uint32_t MultipartReader::next_part(InputBuffer& input, Deadline deadline) {
   contentType_.clear();
-  data_.clear();
+  data_->clear();
   if (finished_) return HTTP_ERR_CLOSED;
   uint32_t code = skip_delimiter(input, deadline);
   if (code != 0) return code;

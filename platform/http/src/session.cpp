@@ -76,11 +76,13 @@ PartBytes shut_down(SessionImpl& impl) {
   return std::move(impl.lastPart);
 }
 
-// Hands a part to the caller unless the session was closed meanwhile.
-bool deliver_part(SessionImpl& impl, PartBytes part) {
+// Hands a part to the caller unless the session was closed meanwhile: the
+// storage it lies in then outlives the session for a reader still busy
+// with it.
+bool deliver_part(SessionImpl& impl, const PartBytes& storage) {
   std::lock_guard<std::mutex> guard(impl.socketLock);
   if (impl.closed.load()) return false;
-  impl.lastPart = std::move(part);
+  impl.lastPart = storage;
   return true;
 }
 
@@ -413,13 +415,13 @@ uint32_t http_push_next_part(HTTP_SESSION* psSession, HTTP_PUSH_PART* psPart, in
   kxhttp::Deadline deadline = kxhttp::deadline_after_ms(kxhttp::scaled_timeout_ms(iTimeoutMs));
   uint32_t code = impl->multipart->next_part(impl->input, deadline);
   if (code != 0) return code;
-  auto part = std::make_shared<const std::vector<unsigned char>>(impl->multipart->take_data());
-  if (!kxhttp::deliver_part(*impl, part)) return HTTP_ERR_CLOSED;
+  if (!kxhttp::deliver_part(*impl, impl->multipart->storage())) return HTTP_ERR_CLOSED;
   const std::string& type = impl->multipart->content_type();
   size_t typeLength = std::min(type.size(), sizeof psPart->acContentType - 1);
   std::memcpy(psPart->acContentType, type.data(), typeLength);
-  psPart->pucData = const_cast<unsigned char*>(part->data());
-  psPart->ulLength = part->size();
+  const std::vector<unsigned char>& data = impl->multipart->data();
+  psPart->pucData = const_cast<unsigned char*>(data.data());
+  psPart->ulLength = data.size();
   return 0;
 }
 
