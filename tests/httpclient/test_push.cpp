@@ -114,6 +114,40 @@ TEST_F(HttpClientTest, PushPartsArriveOneByOneFromADrippingCamera) {
   EXPECT_EQ(0, http_close_session(session));
 }
 
+// Parts of every size, sized and delimited in turn, sent at once: many to
+// one read, one over several, and parts larger than the reader's buffer,
+// which must grow behind bytes already pending.
+TEST_F(HttpClientTest, PushPartsOfChangingSizesComeOutWhole) {
+  const size_t kSizes[] = {1,    7370, 7370, 0,      70000, 5, 200000, 65536, 65535,
+                           7370, 3,    1024, 131072, 7370,  2, 300000, 7370,  65537};
+  std::vector<std::string> pictures;
+  std::string body;
+  for (size_t i = 0; i < sizeof kSizes / sizeof kSizes[0]; ++i) {
+    std::string picture(kSizes[i], '\0');
+    for (size_t at = 0; at < picture.size(); ++at) {
+      picture[at] = static_cast<char>((at * 31 + i * 7) % 251);
+    }
+    // A delimited part must not hold its own delimiter line.
+    ASSERT_EQ(std::string::npos, picture.find("\n--b"));
+    body += part("--b", picture, i % 2 == 0);
+    pictures.push_back(picture);
+  }
+  body += "--b--\r\n";
+  ScriptedServer server("127.0.0.1");
+  HTTP_SESSION* session =
+      start_push(server, push_head("multipart/x-mixed-replace; boundary=b") + body, true);
+  ASSERT_NE(nullptr, session);
+  for (size_t i = 0; i < pictures.size(); ++i) {
+    HTTP_PUSH_PART received{};
+    ASSERT_EQ(0u, http_push_next_part(session, &received, 5000)) << "part " << i;
+    ASSERT_EQ(pictures[i].size(), received.ulLength) << "part " << i;
+    EXPECT_TRUE(part_bytes(received) == pictures[i]) << "part " << i;
+  }
+  HTTP_PUSH_PART received{};
+  EXPECT_EQ(HTTP_ERR_CLOSED, http_push_next_part(session, &received, 5000));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
 TEST_F(HttpClientTest, PushPartCutByTheCloseIsReported) {
   ScriptedServer server("127.0.0.1");
   HTTP_SESSION* session =
