@@ -133,12 +133,12 @@ struct ResponseHead {
 // npos when none follows.
 size_t after_separator(const std::string& text, size_t position, char separator);
 
-bool equals_ignore_case(std::string_view a, const char* b);
+bool equals_ignore_case(std::string_view a, std::string_view b);
 
 // Case-insensitive lookup of the first header of that name: its value, or
 // null when absent.
 template <typename Field>
-auto find_header(const std::vector<Field>& headers, const char* name)
+auto find_header(const std::vector<Field>& headers, std::string_view name)
     -> decltype(&headers.front().value) {
   for (const Field& header : headers) {
     if (equals_ignore_case(header.name, name)) return &header.value;

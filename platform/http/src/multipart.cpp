@@ -23,8 +23,10 @@ bool is_padding(char c) {
 // Removes the empty lines that separate a part's body from the next
 // delimiter. False while only line ends are buffered.
 bool skip_line_ends(InputBuffer& input) {
-  size_t skip = input.pending().find_first_not_of("\r\n");
-  if (skip == std::string_view::npos) {
+  std::string_view pending = input.pending();
+  size_t skip = 0;
+  while (skip < pending.size() && (pending[skip] == '\r' || pending[skip] == '\n')) ++skip;
+  if (skip == pending.size()) {
     input.clear();
     return false;
   }

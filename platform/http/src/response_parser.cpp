@@ -16,10 +16,19 @@ char lower(char c) {
   return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+bool is_blank(char c) {
+  return c == ' ' || c == '\t';
+}
+
+// Every header line of every part passes here: plain loops, where the
+// library's searches for a set of characters cost a call a character.
 std::string_view trim(std::string_view text) {
-  size_t begin = text.find_first_not_of(" \t");
-  if (begin == std::string_view::npos) return std::string_view();
-  size_t end = text.find_last_not_of(" \t\r");
+  size_t begin = 0;
+  while (begin < text.size() && is_blank(text[begin])) ++begin;
+  if (begin == text.size()) return std::string_view();
+  // The last character that is neither blank nor CR; npos when none.
+  size_t end = text.size() - 1;
+  while (end != std::string_view::npos && (is_blank(text[end]) || text[end] == '\r')) --end;
   return text.substr(begin, end - begin + 1);
 }
 
@@ -90,10 +99,10 @@ bool parse_length(std::string_view text, uint64_t& length) {
   return true;
 }
 
-bool equals_ignore_case(std::string_view a, const char* b) {
-  size_t length = std::strlen(b);
-  if (a.size() != length) return false;
-  for (size_t i = 0; i < length; ++i) {
+bool equals_ignore_case(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  if (a == b) return true;  // the usual spelling, in one compare
+  for (size_t i = 0; i < a.size(); ++i) {
     if (lower(a[i]) != lower(b[i])) return false;
   }
   return true;
