@@ -5,7 +5,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <string>
 #include <thread>
 
@@ -357,6 +359,84 @@ TEST_F(HttpClientTest, InterimAnswerIsPassedOver) {
 TEST_F(HttpClientTest, MalformedContentLengthIsAProtocolError) {
   ScriptedServer server("127.0.0.1");
   answered(server, "HTTP/1.0 200 OK\r\nContent-Length: 12abc\r\n\r\nbody");
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_ERR_PROTOCOL, get(session, "/x", buffer));
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+// A camera that answers in chunks (Transfer-Encoding: chunked): the body is
+// the chunks' data, joined, whatever the chunk sizes, extensions and
+// trailer fields; the last chunk ends it, not the close.
+TEST_F(HttpClientTest, ChunkedBodyIsTheChunksJoined) {
+  ScriptedServer server("127.0.0.1");
+  server.add([](Connection& c) {
+    c.read_head();
+    c.send(
+        "HTTP/1.0 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+        "5\r\nUID=1\r\n"
+        "A;name=value\r\n2\r\niMultiP\r\n"
+        "a \r\nort=5000\r\n\r\n"
+        "0\r\nTrailer-Field: x\r\n\r\n");
+    c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  auto start = steady_clock::now();
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/cgi-bin/getuid", buffer));
+  EXPECT_LT(steady_clock::now() - start, kScaledRequestTimeout);
+  EXPECT_EQ("UID=12\r\niMultiPort=5000\r\n", buffer.text());
+  EXPECT_EQ(25u, buffer.record.ulLength);
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+// Chunks beyond the buffer are read to their last chunk; the body is cut as
+// a long one is.
+TEST_F(HttpClientTest, LongChunkedBodyIsCutToEndInZeroInsideTheBuffer) {
+  ScriptedServer server("127.0.0.1");
+  std::string body;
+  for (int i = 0; i < 3000; ++i) body += static_cast<char>('a' + i % 26);
+  std::string wire = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+  for (size_t at = 0; at < body.size(); at += 100) {
+    char size[16];
+    snprintf(size, sizeof size, "%zx\r\n", std::min<size_t>(100, body.size() - at));
+    wire += size + body.substr(at, 100) + "\r\n";
+  }
+  wire += "0\r\n\r\n";
+  server.add([wire](Connection& c) {
+    c.read_head();
+    c.send(wire);
+    c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  EXPECT_EQ(HTTP_RESULT_STATUS200, get(session, "/long", buffer));
+  EXPECT_EQ(body.substr(0, 2047), buffer.text());
+  EXPECT_EQ(2047u, buffer.record.ulLength);
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+// A close before the last chunk cuts the body short, as one before the
+// bytes of its Content-Length does.
+TEST_F(HttpClientTest, CloseBeforeTheLastChunkIsReported) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, "HTTP/1.0 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n6\r\nUID=12\r\n");
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  uint32_t code = get(session, "/x", buffer);
+  EXPECT_EQ(HTTP_ERR_CLOSED, code);
+  EXPECT_FALSE(is_timeout(code));
+  EXPECT_EQ("UID=12", buffer.text());
+  EXPECT_EQ(0, http_close_session(session));
+}
+
+TEST_F(HttpClientTest, ChunkSizeThatIsNotHexIsAProtocolError) {
+  ScriptedServer server("127.0.0.1");
+  answered(server, "HTTP/1.0 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nUID=12\r\n0\r\n\r\n");
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;

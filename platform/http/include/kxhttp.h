@@ -116,7 +116,9 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
  * iTimeoutSec seconds, however slowly the bytes come. The body goes into
  * pcBuffer, cut at ulSize-1 bytes and zero-terminated; Content-Length is
  * honoured (further bytes are not read), without it the body ends at the
- * close. ulLength and ulStatus are set. A second call on the session sends
+ * close. A body in chunks (Transfer-Encoding: chunked, whatever the
+ * version of the answer) is their data joined, up to the last chunk and
+ * its trailer fields. ulLength and ulStatus are set. A second call on the session sends
  * again on a new connection. Returns:
  *   0x08000000 | status        a response came (0x08000200, 0x08000404...)
  *   HTTP_ERR_PARAM             null or closed session, buffer or pcBuffer,
@@ -130,9 +132,10 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
  *   HTTP_ERR_SEND              the request could not be sent
  *   HTTP_ERR_PROTOCOL          the answer is not HTTP (status line, header
  *                              line without colon, bad Content-Length, head
- *                              over 64 KiB)
- *   HTTP_ERR_CLOSED            closed before the head ended, or before the
- *                              bytes that Content-Length announced
+ *                              over 64 KiB, a chunk size that is not one)
+ *   HTTP_ERR_CLOSED            closed before the head ended, before the
+ *                              bytes that Content-Length announced, or
+ *                              before the last chunk
  *   HTTP_ERR_AUTH              a 401 whose challenges cannot be answered
  *                              while credentials are set
  * Without credentials a 401 is the result 0x08000401; a 401 to the answer

@@ -167,8 +167,9 @@ HeadParse parse_header_block(std::string_view data, size_t start, std::vector<He
 // Reads a response head (skipping interim 1xx heads). 0 or a result code.
 uint32_t read_response_head(InputBuffer& input, Deadline deadline, ResponseHead& head);
 
-// Reads the body into out (capacity bytes, always zero-terminated inside),
-// honouring Content-Length, else up to the close. 0 or a result code.
+// Reads the body into out (capacity bytes, always zero-terminated inside):
+// the data of its chunks when it comes in chunks, else as long as
+// Content-Length says, else up to the close. 0 or a result code.
 uint32_t read_response_body(InputBuffer& input, Deadline deadline, const ResponseHead& head,
                             bool headRequest, char* out, size_t capacity, size_t& stored);
 

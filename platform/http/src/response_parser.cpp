@@ -1,5 +1,6 @@
 // Status line, headers and body of a camera's response.
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "kxhttp_internal.h"
@@ -88,6 +89,93 @@ bool apply_content_length(ResponseHead& head) {
 // Statuses that carry no body whatever the headers say.
 bool status_has_body(int status) {
   return !(status < 200 || status == 204 || status == 304);
+}
+
+// Whether the body comes in chunks: chunked is the last transfer coding
+// named (RFC 9112, 6.3); it then ends with its last chunk, whatever
+// Content-Length says.
+bool is_chunked(const ResponseHead& head) {
+  const std::string* codings = nullptr;
+  for (const Header& header : head.headers) {
+    if (equals_ignore_case(header.name, "Transfer-Encoding")) codings = &header.value;
+  }
+  if (codings == nullptr) return false;
+  std::string_view text = *codings;
+  size_t comma = text.rfind(',');
+  return equals_ignore_case(trim(text.substr(comma == std::string_view::npos ? 0 : comma + 1)),
+                            "chunked");
+}
+
+// Appends what fits of data to out, which stays zero-terminated.
+void keep(std::string_view data, char* out, size_t capacity, size_t& stored) {
+  size_t kept = std::min(data.size(), capacity - 1 - stored);
+  if (kept > 0) std::memcpy(out + stored, data.data(), kept);
+  stored += kept;
+  out[stored] = '\0';
+}
+
+// Takes the next line of the body off the input, without its line end.
+uint32_t read_body_line(InputBuffer& input, Deadline deadline, std::string& line) {
+  for (;;) {
+    size_t end = line_end(input.pending(), 0);
+    if (end != std::string_view::npos) {
+      line = line_text(input.pending(), 0, end);
+      input.consume(end + 1);
+      return 0;
+    }
+    if (input.size() > kMaxHeadBytes) return HTTP_ERR_PROTOCOL;
+    ReadStatus status = input.fill(deadline);
+    if (status != ReadStatus::kOk) return code_for_read_status(status);
+  }
+}
+
+// "1a", "1A;name=value", "1a ": the size of the chunk in hexadecimal digits,
+// then blanks and extensions, which are passed over.
+bool parse_chunk_size(const std::string& line, uint64_t& size) {
+  size_t digits = 0;
+  size = 0;
+  for (; digits < line.size() && std::isxdigit(static_cast<unsigned char>(line[digits]));
+       ++digits) {
+    if (digits == 15) return false;
+    char c = lower(line[digits]);
+    size = size * 16 + static_cast<uint64_t>(c <= '9' ? c - '0' : c - 'a' + 10);
+  }
+  size_t rest = digits;
+  while (rest < line.size() && is_blank(line[rest])) ++rest;
+  return digits > 0 && (rest == line.size() || line[rest] == ';');
+}
+
+// The data of the chunks, up to the last chunk and its trailer fields. A
+// close after the last chunk ends the trailer fields too.
+uint32_t read_chunked_body(InputBuffer& input, Deadline deadline, char* out, size_t capacity,
+                           size_t& stored) {
+  std::string line;
+  for (;;) {
+    uint32_t code = read_body_line(input, deadline, line);
+    if (code != 0) return code;
+    uint64_t size = 0;
+    if (!parse_chunk_size(line, size)) return HTTP_ERR_PROTOCOL;
+    if (size == 0) break;
+    while (size > 0) {
+      if (input.empty()) {
+        ReadStatus status = input.fill(deadline);
+        if (status != ReadStatus::kOk) return code_for_read_status(status);
+      }
+      size_t take = static_cast<size_t>(std::min<uint64_t>(input.size(), size));
+      keep(input.pending().substr(0, take), out, capacity, stored);
+      input.consume(take);
+      size -= take;
+    }
+    code = read_body_line(input, deadline, line);
+    if (code != 0) return code;
+    if (!line.empty()) return HTTP_ERR_PROTOCOL;
+  }
+  do {
+    uint32_t code = read_body_line(input, deadline, line);
+    if (code == HTTP_ERR_CLOSED) return 0;
+    if (code != 0) return code;
+  } while (!line.empty());
+  return 0;
 }
 
 }  // namespace
@@ -195,6 +283,7 @@ uint32_t read_response_body(InputBuffer& input, Deadline deadline, const Respons
   if (capacity == 0) return HTTP_ERR_PARAM;
   out[0] = '\0';
   bool hasBody = !headRequest && status_has_body(head.status);
+  if (hasBody && is_chunked(head)) return read_chunked_body(input, deadline, out, capacity, stored);
   uint64_t due = hasBody ? head.contentLength : 0;
   bool toClose = hasBody && !head.hasContentLength;
   uint64_t received = 0;
@@ -202,11 +291,7 @@ uint32_t read_response_body(InputBuffer& input, Deadline deadline, const Respons
     // Keep what fits, leaving room for the terminating zero.
     size_t take = input.size();
     if (!toClose) take = static_cast<size_t>(std::min<uint64_t>(take, due - received));
-    size_t room = capacity - 1 - stored;
-    size_t keep = std::min(take, room);
-    if (keep > 0) std::memcpy(out + stored, input.pending().data(), keep);
-    stored += keep;
-    out[stored] = '\0';
+    keep(input.pending().substr(0, take), out, capacity, stored);
     input.consume(take);
     received += take;
     if (!toClose && received >= due) return 0;
