@@ -267,6 +267,10 @@ const DelimiterForm kDelimiterForms[] = {
     {"CameraDashed", "multipart/x-mixed-replace; boundary=--zz", "--zz", ""},
     {"CameraDashedAfterPreamble", "multipart/x-mixed-replace;boundary=\"--zz\"", "--zz",
      "junk before the stream\n"},
+    // The camera leaves the "--" out of its lines instead.
+    {"CameraBare", "multipart/x-mixed-replace;boundary=zz", "zz", ""},
+    {"CameraBareAfterPreamble", "multipart/x-mixed-replace; boundary=\"zz\"", "zz",
+     "junk before the stream\r\n"},
     {"PaddingAfterDelimiter", "multipart/x-mixed-replace; boundary=\"--zz\"", "----zz \t", ""},
     {"BoundaryNotLast", "multipart/x-mixed-replace; boundary=\"--b;q\"; charset=x", "----b;q", ""},
 };

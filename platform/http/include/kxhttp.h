@@ -177,9 +177,10 @@ typedef struct HTTP_PUSH_PART {
 /* Reads the next part of a server push within iTimeoutMs; 0 and the part,
  * or a result code. The boundary comes from the push's Content-Type,
  * quoted or not, with or without a leading "--": a delimiter line is "--"
- * and the boundary as given, followed by optional blanks; when the boundary
- * begins with "--", a line of the boundary alone delimits as well (the
- * first delimiter decides which form the stream uses). Text before the
+ * and the boundary as given, followed by optional blanks; a line of the
+ * boundary alone delimits as well, for a camera that puts the "--" into the
+ * parameter or leaves it out of its lines (the first delimiter decides
+ * which form the stream uses). Text before the
  * first delimiter (a preamble, up to 64 KiB) is skipped; a missing first
  * delimiter is tolerated when the part's headers come at once. A part is
  * sized by its Content-Length or ends at the line end before the next

@@ -180,9 +180,9 @@ uint32_t read_response_body(InputBuffer& input, Deadline deadline, const Respons
 std::string boundary_from_content_type(const std::string& contentType);
 
 // Reads the parts of a multipart body. A delimiter line is "--" and the
-// boundary as given; when the boundary itself begins with "--", a line that
-// is the boundary alone delimits too (the camera style). The first
-// delimiter line met decides which of the two the stream uses.
+// boundary as given, or the boundary alone (the camera styles: the "--" in
+// the parameter, or in neither). The first delimiter line met decides
+// which of the two the stream uses.
 class MultipartReader {
  public:
   explicit MultipartReader(const std::string& boundary);

@@ -98,8 +98,10 @@ std::string boundary_from_content_type(const std::string& contentType) {
 
 MultipartReader::MultipartReader(const std::string& boundary) {
   delimiters_.push_back("--" + boundary);
-  // Many cameras put the delimiter's "--" into the parameter already.
-  if (boundary.compare(0, 2, "--") == 0 && boundary.size() > 2) delimiters_.push_back(boundary);
+  // Many cameras put the delimiter's "--" into the parameter already, and
+  // some leave it out of their lines: either way a line of the boundary
+  // alone delimits too.
+  if (boundary != "--") delimiters_.push_back(boundary);
 }
 
 LineKind MultipartReader::classify_line(std::string_view data, size_t start,
