@@ -11,6 +11,14 @@ namespace loadtest {
 // When the exchange happens: on START, while running, or on STOP.
 enum class Side { kStart, kRun, kStop };
 
+// What the device answers it with.
+enum class Answer {
+  kText,        // key lines
+  kRtpStart,    // key lines, and the RTP stream begins
+  kJpegPush,    // a server push of pictures
+  kAudioStream  // G.726 bytes until the close
+};
+
 struct RoadExchange {
   const char* pcName;
   const char* pcPath;
@@ -19,8 +27,9 @@ struct RoadExchange {
   Side eSide;
   // The status change that its failure raises (without prefix).
   const char* pcFailLine;
+  Answer eAnswer = Answer::kText;
   bool bUidReply = false;            // its reply carries the UID
-  bool bPushHead = false;            // a push: once its head came whole it is handed over
+  bool bKeysRead = false;            // it fails when its reply lacks its keys
   bool bRefusalIsNoFailure = false;  // a recorder's keep-alive that cannot connect
 };
 
