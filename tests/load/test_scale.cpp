@@ -14,13 +14,11 @@ namespace {
 
 constexpr int kRequesters = 262;
 constexpr int kCycles = 10;
-// The heap in use grows over the first cycles and then stays, at about
-// 2.8 MiB above the start on this machine: the HTTP client keeps what a
-// closed session held for 10 s after the close (kxhttp.h), which is seven
-// cycles of about 1.5 s here, and the message layer remembers the last 4096
-// freed buffers to tell a second free. Both are bounded bookkeeping of the
-// process, not of one requester: the heap is compared over ten cycles that
-// follow ten, which take longer than those 10 s.
+// The heap in use grows over the first cycles and then stays: the HTTP
+// client keeps what a closed session held for 10 s after the close
+// (kxhttp.h), which is seven cycles of about 1.5 s here. That is bounded
+// bookkeeping of the process, not of one requester: the heap is compared
+// over ten cycles that follow ten, which take longer than those 10 s.
 constexpr int kSettleCycles = 10;
 // An idle round of 4 ms: a keep-alive every 1.2 s, a stream check every
 // 0.6 s, a rebuild 120 ms after a failure.
