@@ -430,6 +430,28 @@ TEST_F(HttpClientTest, LongChunkedBodyIsCutToEndInZeroInsideTheBuffer) {
   EXPECT_EQ(0, http_close_session(session));
 }
 
+// A camera that stops in the middle of its chunks and keeps the
+// connection open: the request ends at its time-out, with what came.
+TEST_F(HttpClientTest, ChunkedBodyThatStopsTimesOutOnTime) {
+  ScriptedServer server("127.0.0.1");
+  server.add([](Connection& c) {
+    c.read_head();
+    c.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n6\r\nUID=12\r\n3\r\nsDe");
+    c.hang();
+  });
+  HTTP_SESSION* session = open_session("127.0.0.1", server.port());
+  ASSERT_NE(nullptr, session);
+  ReceiveBuffer buffer;
+  auto start = steady_clock::now();
+  uint32_t code = get(session, "/x", buffer);
+  auto elapsed = steady_clock::now() - start;
+  EXPECT_EQ(HTTP_ERR_TIMEOUT, code);
+  EXPECT_GE(elapsed, kScaledRequestTimeout);
+  EXPECT_LT(elapsed, kScaledRequestTimeout + kLateness);
+  EXPECT_EQ("UID=12sDe", buffer.text());
+  EXPECT_EQ(0, http_close_session(session));
+}
+
 // A close before the last chunk cuts the body short, as one before the
 // bytes of its Content-Length does.
 TEST_F(HttpClientTest, CloseBeforeTheLastChunkIsReported) {

@@ -118,8 +118,8 @@ uint32_t http_set_auth(HTTP_SESSION* psSession, const char* pcUser, const char* 
  * honoured (further bytes are not read), without it the body ends at the
  * close. A body in chunks (Transfer-Encoding: chunked, whatever the
  * version of the answer) is their data joined, up to the last chunk and
- * its trailer fields. ulLength and ulStatus are set. A second call on the session sends
- * again on a new connection. Returns:
+ * its trailer fields. ulLength and ulStatus are set. A second call on the
+ * session sends again on a new connection. Returns:
  *   0x08000000 | status        a response came (0x08000200, 0x08000404...)
  *   HTTP_ERR_PARAM             null or closed session, buffer or pcBuffer,
  *                              ulSize 0
@@ -180,9 +180,9 @@ typedef struct HTTP_PUSH_PART {
  * and the boundary as given, followed by optional blanks; a line of the
  * boundary alone delimits as well, for a camera that puts the "--" into the
  * parameter or leaves it out of its lines (the first delimiter decides
- * which form the stream uses). Text before the
- * first delimiter (a preamble, up to 64 KiB) is skipped; a missing first
- * delimiter is tolerated when the part's headers come at once. A part is
+ * which form the stream uses). Text before the first delimiter (a
+ * preamble, up to 64 KiB) is skipped; a missing first delimiter is
+ * tolerated when the part's headers come at once. A part is
  * sized by its Content-Length or ends at the line end before the next
  * delimiter line; either way it holds at most 16 MiB. The part's data stay
  * valid until the next call on the session; when the session is closed
