@@ -156,9 +156,8 @@ class HttpRequesterTest : public ::testing::Test {
     m_iBuffersBefore = KXCOM_LiveBufferCount();
   }
   void TearDown() override {
-    EXPECT_TRUE(
-        camtest::WaitUntil([&] { return camtest::OpenFdCount() <= m_iFdsBefore; }, seconds(5)))
-        << "descriptors left open: " << camtest::OpenFdCount() - m_iFdsBefore;
+    EXPECT_EQ(camtest::SettledFdCount(m_iFdsBefore, seconds(5)), m_iFdsBefore)
+        << "descriptors left open";
     EXPECT_TRUE(
         camtest::WaitUntil([&] { return KXCOM_LiveBufferCount() == m_iBuffersBefore; }, seconds(5)))
         << "message buffers left behind: " << KXCOM_LiveBufferCount() - m_iBuffersBefore;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "CamTestSupport.h"
 #include "CamTestTiming.h"
 #include "kxhttp.h"
 #include "scripted_server.h"

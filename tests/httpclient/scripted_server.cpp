@@ -1,7 +1,6 @@
 #include "scripted_server.h"
 
 #include <arpa/inet.h>
-#include <dirent.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -189,17 +188,6 @@ std::string response(const std::string& statusLine, const std::string& body,
   for (const std::string& header : headers) text += header + "\r\n";
   if (withLength) text += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   return text + "\r\n" + body;
-}
-
-int open_fd_count() {
-  int count = 0;
-  DIR* dir = opendir("/proc/self/fd");
-  if (dir == nullptr) return -1;
-  while (dirent* entry = readdir(dir)) {
-    if (entry->d_name[0] != '.') ++count;
-  }
-  closedir(dir);
-  return count;
 }
 
 std::string header_value(const std::string& head, const std::string& name) {

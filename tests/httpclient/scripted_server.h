@@ -81,9 +81,6 @@ class ScriptedServer {
 std::string response(const std::string& statusLine, const std::string& body,
                      const std::vector<std::string>& headers = {}, bool withLength = true);
 
-// Number of open file descriptors of this process.
-int open_fd_count();
-
 // Value of a header in a request head ("" when absent).
 std::string header_value(const std::string& head, const std::string& name);
 

@@ -69,7 +69,7 @@ class DigestTest : public HttpClientTest, public ::testing::WithParamInterface<c
 TEST_P(DigestTest, ChallengeIsAnsweredOnANewConnection) {
   ScriptedServer server("127.0.0.1");
   script_digest(server, GetParam(), "/cgi-bin/camctrl?uid=3");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   EXPECT_EQ(HTTP_RESULT_OK, http_set_auth(session, kUser, kPassword));
@@ -81,7 +81,7 @@ TEST_P(DigestTest, ChallengeIsAnsweredOnANewConnection) {
   EXPECT_EQ(2, server.accepted());
   // Credentials are never sent before the camera asks for them.
   EXPECT_EQ("", header_value(server.requests()[0], "Authorization"));
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 INSTANTIATE_TEST_SUITE_P(Algorithms, DigestTest, ::testing::Values("MD5", "SHA-256"));
@@ -167,7 +167,7 @@ TEST_F(HttpClientTest, UnanswerableChallengeIsAnAuthError) {
     server.record(c.read_head());
     c.send(response("HTTP/1.0 401 Unauthorized", "", {"WWW-Authenticate: Negotiate"}));
   });
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   http_set_auth(session, "u", "p");
@@ -177,7 +177,7 @@ TEST_F(HttpClientTest, UnanswerableChallengeIsAnAuthError) {
   EXPECT_FALSE(is_timeout(code));
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(HttpClientTest, WithoutCredentialsThe401IsTheResult) {

@@ -73,7 +73,7 @@ TEST_P(BoundaryTest, PartsComeOutWithTheirBytes) {
   body += part("--myboundary", kJpegB, c.lengths);
   body += "--myboundary\r\n";
   ScriptedServer server("127.0.0.1");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = start_push(server, push_head(c.contentType) + body, true);
   ASSERT_NE(nullptr, session);
   ASSERT_NO_FATAL_FAILURE(expect_both_pictures(session));
@@ -85,7 +85,7 @@ TEST_P(BoundaryTest, PartsComeOutWithTheirBytes) {
   EXPECT_GE(steady_clock::now() - start, std::chrono::milliseconds(3000 / kDivisor));
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, BoundaryTest, ::testing::ValuesIn(kBoundaryCases),

@@ -127,10 +127,10 @@ TEST_F(HttpClientTest, Ipv6LoopbackWorksAndHostHasBrackets) {
 TEST_F(HttpClientTest, RefusedConnectionOpensNothingAndLeavesNoDescriptor) {
   camtest::RefusingPort refusing4("127.0.0.1");
   camtest::RefusingPort refusing6("::1");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   EXPECT_EQ(nullptr, open_session("127.0.0.1", refusing4.port()));
   EXPECT_EQ(nullptr, open_session("::1", refusing6.port()));
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(HttpClientTest, BadAddressOpensNothing) {
@@ -152,7 +152,7 @@ TEST_F(HttpClientTest, ConnectTimeOutWhenNobodyAccepts) {
     connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
     fillers.push_back(fd);
   }
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   auto start = steady_clock::now();
   HTTP_SESSION* session =
       http_open_session_to_ret("127.0.0.1", server.port(), nullptr, 0, 0, 3000, 0);
@@ -160,14 +160,14 @@ TEST_F(HttpClientTest, ConnectTimeOutWhenNobodyAccepts) {
   EXPECT_EQ(nullptr, session);
   EXPECT_GE(elapsed, std::chrono::milliseconds(3000 / kDivisor));
   EXPECT_LT(elapsed, std::chrono::milliseconds(3000 / kDivisor) + kLateness);
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
   for (int fd : fillers) close(fd);
 }
 
 TEST_F(HttpClientTest, SilentCameraTimesOutOnTime) {
   ScriptedServer server("127.0.0.1");
   server.add([](Connection& c) { c.hang(); });
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;
@@ -180,7 +180,7 @@ TEST_F(HttpClientTest, SilentCameraTimesOutOnTime) {
   EXPECT_LT(elapsed, kScaledRequestTimeout + kLateness);
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(HttpClientTest, DrippingAnswerIsBoundedByTheWholeTimeOut) {
@@ -247,7 +247,7 @@ TEST_F(HttpClientTest, ContentLengthIsHonouredWhenTheServerStaysOpen) {
 TEST_F(HttpClientTest, StatusLineThatIsNotHttpIsAProtocolError) {
   ScriptedServer server("127.0.0.1");
   answered(server, "SSH-2.0-OpenServer\r\n");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;
@@ -257,13 +257,13 @@ TEST_F(HttpClientTest, StatusLineThatIsNotHttpIsAProtocolError) {
   EXPECT_FALSE(is_timeout(code));
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(HttpClientTest, CloseInTheMiddleOfTheBodyIsReported) {
   ScriptedServer server("127.0.0.1");
   answered(server, "HTTP/1.0 200 OK\r\nContent-Length: 100\r\n\r\nonly a part");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;
@@ -273,7 +273,7 @@ TEST_F(HttpClientTest, CloseInTheMiddleOfTheBodyIsReported) {
   EXPECT_EQ("only a part", buffer.text());
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(HttpClientTest, CloseInTheMiddleOfTheHeadIsReported) {
@@ -472,7 +472,7 @@ TEST_F(HttpClientTest, BareLineFeedsAreAccepted) {
 TEST_F(HttpClientTest, ServerThatClosesWithoutAnswerIsReported) {
   ScriptedServer server("127.0.0.1");
   server.add([](Connection& c) { c.read_head(); });
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   HTTP_SESSION* session = open_session("127.0.0.1", server.port());
   ASSERT_NE(nullptr, session);
   ReceiveBuffer buffer;
@@ -481,5 +481,5 @@ TEST_F(HttpClientTest, ServerThatClosesWithoutAnswerIsReported) {
   EXPECT_FALSE(is_timeout(code));
   EXPECT_EQ(0, http_close_session(session));
   ASSERT_TRUE(server.wait_idle());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }

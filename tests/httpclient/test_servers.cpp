@@ -81,10 +81,10 @@ TEST_F(HttpClientTest, ThroughAProxyAnIpv6CameraIsBracketed) {
 
 TEST_F(HttpClientTest, ProxyThatRefusesOpensNothing) {
   RefusingPort refusing("127.0.0.1");
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   EXPECT_EQ(nullptr, open_via_proxy("127.0.0.1", 80, "127.0.0.1", refusing.port()));
   EXPECT_EQ(nullptr, open_via_proxy("127.0.0.1", 80, "no-such-proxy.invalid", 8080));
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 // ---- a real forwarding proxy ----------------------------------------------
@@ -120,7 +120,7 @@ TEST_F(RealProxyTest, RequestReachesTheCameraThroughTheProxy) {
     camera.record(c.read_head());
     c.send(response("HTTP/1.0 200 OK", "uid=21\n"));
   });
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   // The proxy is named, not numbered: its name is resolved.
   HTTP_SESSION* session = open_via_proxy("127.0.0.1", camera.port(), "localhost", proxyPort_);
   ASSERT_NE(nullptr, session);
@@ -132,7 +132,7 @@ TEST_F(RealProxyTest, RequestReachesTheCameraThroughTheProxy) {
   ASSERT_TRUE(camera.wait_idle());
   ASSERT_EQ(1u, camera.requests().size());
   EXPECT_EQ(0u, camera.requests()[0].find("GET /cgi-bin/camctrl?uid=21 HTTP/1."));
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_F(RealProxyTest, DigestIsAnsweredThroughTheProxy) {
@@ -289,11 +289,11 @@ class RealWebServerTest : public HttpClientTest, public ::testing::WithParamInte
 };
 
 TEST_P(RealWebServerTest, DigestMd5) {
-  int before = open_fd_count();
+  int before = camtest::OpenFdCount();
   ReceiveBuffer buffer;
   EXPECT_EQ(HTTP_RESULT_STATUS200, fetch("/secret/status.txt", kPassword, buffer));
   EXPECT_EQ("md5-protected", buffer.text());
-  EXPECT_EQ(before, open_fd_count());
+  EXPECT_EQ(before, camtest::SettledFdCount(before));
 }
 
 TEST_P(RealWebServerTest, DigestSha256) {

@@ -118,7 +118,7 @@ void RoadTest::TearDown() {
   m_pDevice.reset();
   m_pUidReceiver.reset();
   EXPECT_EQ(KXCOM_LiveBufferCount(), m_iBuffersBefore) << "message buffers left behind";
-  EXPECT_EQ(camtest::OpenFdCount(), m_iFdsBefore) << "file descriptors left open";
+  EXPECT_EQ(camtest::SettledFdCount(m_iFdsBefore), m_iFdsBefore) << "file descriptors left open";
   http_set_timeout_divisor(1);
   KXCOM_SetWaitDivisor(1);
 }

@@ -63,7 +63,7 @@ class Teardown : public ::testing::Test {
     }
     EXPECT_TRUE(camtest::WaitUntil([&] { return camtest::ThreadCount() == iThreadsBefore; }))
         << "threads left behind";
-    EXPECT_TRUE(camtest::WaitUntil([&] { return camtest::OpenFdCount() == iFdsBefore; }))
+    EXPECT_EQ(camtest::SettledFdCount(iFdsBefore, std::chrono::seconds(10)), iFdsBefore)
         << "descriptors left behind";
   }
   CCamRequester_Cgi_Kobu_Rtp* StartRunning(int iIndex) {

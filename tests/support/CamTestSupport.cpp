@@ -85,4 +85,10 @@ int OpenFdCount() {
   return iCount - 3;  // ".", ".." and the descriptor of the listing itself
 }
 
+int SettledFdCount(int iExpected, std::chrono::milliseconds tLimit) {
+  int iCount = OpenFdCount();
+  WaitUntil([&] { return (iCount = OpenFdCount()) == iExpected; }, tLimit);
+  return iCount;
+}
+
 }  // namespace camtest

@@ -56,6 +56,13 @@ bool WaitUntil(const std::function<bool()>& fnCondition,
 // Number of open file descriptors of this process.
 int OpenFdCount();
 
+// The number of open descriptors once it is back at iExpected, or the last
+// count when the deadline (tLimit, scaled) passes first. A thread that is
+// still ending when a test counts may hold a descriptor for a moment (the
+// sanitizers probe memory through a pipe), which is not one the code under
+// test left open; a leaked descriptor stays, and the count still differs.
+int SettledFdCount(int iExpected, std::chrono::milliseconds tLimit = std::chrono::seconds(2));
+
 }  // namespace camtest
 
 #endif

@@ -29,7 +29,7 @@ class TransportTest : public ::testing::TestWithParam<const char*> {
     pDevice.reset();
     EXPECT_EQ(rtp.psSession, nullptr);
     EXPECT_EQ(http.psSession, nullptr);
-    EXPECT_EQ(camtest::OpenFdCount(), iFdsBefore) << "a descriptor was left open";
+    EXPECT_EQ(camtest::SettledFdCount(iFdsBefore), iFdsBefore) << "a descriptor was left open";
   }
   // One exchange of the requester: open, url, headers, request, close.
   template <typename Requester>
