@@ -1,11 +1,20 @@
 // Idle cost: N requesters started and running (status 4, keep-alive on)
 // against as many bare threads each doing 100 ms timed waits, over the same
-// window. Each side runs in a child process of its own, both at the same
+// window. Each side runs in a child process of its own, all at the same
 // time, so that their CPU time and resident memory are theirs alone and the
-// machine's noise falls on both; the simulated camera runs in a third child,
-// so that its work for the keep-alives is not counted. Resident memory is
-// what /proc says is resident (thread stacks by their touched pages), taken
-// before the threads start and at the end of the window.
+// machine's noise falls on all; the simulated camera runs in a child of its
+// own, so that its work for the keep-alives is not counted. Resident memory
+// is what /proc says is resident (thread stacks by their touched pages),
+// taken before the threads start and at the end of the window.
+//
+// Where in the 100 ms each thread wakes changes what a wake costs: timers
+// that expire together are served in one interrupt, back to back, by a CPU
+// that is already awake. A requester's waits begin when its own exchanges
+// end, so its wakes are spread over the period; bare threads started in a
+// loop all wake within a few milliseconds of each other. The requesters are
+// therefore held against bare threads whose first waits spread them evenly
+// over the period, and the bare threads that wake together are measured
+// beside them for the record.
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
@@ -40,6 +49,7 @@ constexpr int kStartBatch = 64;       // requesters started at once
 constexpr int kRunWaitSeconds = 120;  // for all of them to reach RUN
 constexpr char kGo = 'g';
 constexpr char kStop = 's';
+constexpr std::chrono::milliseconds kWaitPeriod(100);  // a bare thread's timed wait
 
 // What a measuring child reports at the end of the window.
 struct Result {
@@ -111,8 +121,11 @@ void NameThreads(const char* pcName) {
   prctl(PR_SET_NAME, pcName);
 }
 
-[[noreturn]] void BareThreadsChild(int iCount, int iCommandFd, int iResultFd) {
-  NameThreads("idle-bare");
+// How the bare threads' wakes lie in the 100 ms period.
+enum class Phases { kTogether, kSpread };
+
+[[noreturn]] void BareThreadsChild(int iCount, Phases ePhases, int iCommandFd, int iResultFd) {
+  NameThreads(ePhases == Phases::kSpread ? "idle-spread" : "idle-together");
   Result sResult;
   sResult.lRssBeforeKiB = ResidentKiB();
   std::atomic<bool> bStop{false};
@@ -122,15 +135,16 @@ void NameThreads(const char* pcName) {
   };
   std::vector<std::unique_ptr<Waiter>> apWaiters;
   std::vector<std::thread> aThreads;
+  const Clock::time_point tBegin = Clock::now();
   for (int i = 0; i < iCount; ++i) {
     apWaiters.push_back(std::make_unique<Waiter>());
     Waiter* psWaiter = apWaiters.back().get();
-    aThreads.emplace_back([psWaiter, &bStop] {
+    const Clock::time_point tFirstWake =
+        ePhases == Phases::kSpread ? tBegin + kWaitPeriod + kWaitPeriod * i / iCount : tBegin;
+    aThreads.emplace_back([psWaiter, &bStop, tFirstWake] {
       std::unique_lock<std::mutex> lock(psWaiter->mutex);
-      while (!bStop.load()) {
-        psWaiter->cond.wait_until(
-            lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(100));
-      }
+      psWaiter->cond.wait_until(lock, tFirstWake);
+      while (!bStop.load()) psWaiter->cond.wait_until(lock, Clock::now() + kWaitPeriod);
     });
   }
   sResult.iReady = 1;
@@ -240,46 +254,82 @@ Samples SliceSamples(const Result& rResult) {
   return sSlices;
 }
 
-bool MeasureCount(int iCount, uint16_t usPort, const Options& rOptions) {
-  Child sBare = Spawn([iCount](int iIn, int iOut) { BareThreadsChild(iCount, iIn, iOut); });
-  Child sReqs =
-      Spawn([iCount, usPort](int iIn, int iOut) { RequestersChild(iCount, usPort, iIn, iOut); });
-  int iBareReady = 0, iReqsReady = 0;
-  const bool bReady = ReadAll(sBare.iResultFd, &iBareReady, sizeof iBareReady) &&
-                      ReadAll(sReqs.iResultFd, &iReqsReady, sizeof iReqsReady) && iBareReady == 1 &&
-                      iReqsReady == 1;
-  Result sBareResult, sReqsResult;
-  bool bOk = false;
-  if (bReady) {
-    WriteAll(sBare.iCommandFd, &kGo, 1);
-    WriteAll(sReqs.iCommandFd, &kGo, 1);
-    std::this_thread::sleep_for(std::chrono::duration<double>(rOptions.dIdleSeconds));
-    WriteAll(sBare.iCommandFd, &kStop, 1);
-    WriteAll(sReqs.iCommandFd, &kStop, 1);
-    bOk = ReadAll(sBare.iResultFd, &sBareResult, sizeof sBareResult) &&
-          ReadAll(sReqs.iResultFd, &sReqsResult, sizeof sReqsResult);
+// One measured side: its child process and what it reported.
+struct Side {
+  const char* pcName;
+  Child sChild;
+  Result sResult;
+};
+
+// Starts the window on every side once all are ready, and ends it; false
+// when a side failed to start or to report.
+bool RunWindow(std::vector<Side>& raSides, const Options& rOptions) {
+  bool bReady = true;
+  for (Side& rSide : raSides) {
+    int iReady = 0;
+    bReady = bReady && ReadAll(rSide.sChild.iResultFd, &iReady, sizeof iReady) && iReady == 1;
   }
-  Reap(sBare);
-  Reap(sReqs);
+  if (!bReady) return false;
+  for (Side& rSide : raSides) WriteAll(rSide.sChild.iCommandFd, &kGo, 1);
+  std::this_thread::sleep_for(std::chrono::duration<double>(rOptions.dIdleSeconds));
+  for (Side& rSide : raSides) WriteAll(rSide.sChild.iCommandFd, &kStop, 1);
+  bool bOk = true;
+  for (Side& rSide : raSides) {
+    bOk = ReadAll(rSide.sChild.iResultFd, &rSide.sResult, sizeof rSide.sResult) && bOk;
+  }
+  return bOk;
+}
+
+long ResidentRiseKiB(const Side& rSide) {
+  return rSide.sResult.lRssAfterKiB - rSide.sResult.lRssBeforeKiB;
+}
+
+void PrintSide(const Side& rSide, int iCount) {
+  const long lKiB = ResidentRiseKiB(rSide);
+  std::printf("  %-44s CPU %9.1f ms   resident +%ld KiB (%.1f KiB each)\n", rSide.pcName,
+              rSide.sResult.dCpuSeconds * 1000.0, lKiB, static_cast<double>(lKiB) / iCount);
+}
+
+double CpuRatio(const Side& rNumerator, const Side& rDenominator) {
+  const double dBelow = rDenominator.sResult.dCpuSeconds;
+  return dBelow > 0 ? rNumerator.sResult.dCpuSeconds / dBelow : 0.0;
+}
+
+bool MeasureCount(int iCount, uint16_t usPort, const Options& rOptions) {
+  enum { kSpread, kTogether, kRequesters };
+  std::vector<Side> aSides = {
+      {"bare threads, wakes spread over the period",
+       Spawn([iCount](int iIn, int iOut) { BareThreadsChild(iCount, Phases::kSpread, iIn, iOut); }),
+       {}},
+      {"bare threads, waking together",
+       Spawn(
+           [iCount](int iIn, int iOut) { BareThreadsChild(iCount, Phases::kTogether, iIn, iOut); }),
+       {}},
+      {"requesters",
+       Spawn([iCount, usPort](int iIn, int iOut) { RequestersChild(iCount, usPort, iIn, iOut); }),
+       {}}};
+  const bool bOk = RunWindow(aSides, rOptions);
+  for (Side& rSide : aSides) Reap(rSide.sChild);
   if (!bOk) {
     std::printf("  %d: the requesters did not all reach RUN, or a child failed\n", iCount);
     return false;
   }
-  const long lBareKiB = sBareResult.lRssAfterKiB - sBareResult.lRssBeforeKiB;
-  const long lReqsKiB = sReqsResult.lRssAfterKiB - sReqsResult.lRssBeforeKiB;
   std::printf("  %d of each, %.1f s window; requesters in RUN at its end: %d of %d\n", iCount,
-              rOptions.dIdleSeconds, sReqsResult.iRunning, iCount);
-  std::printf("  %-44s CPU %9.1f ms   resident +%ld KiB (%.1f KiB each)\n", "bare threads",
-              sBareResult.dCpuSeconds * 1000.0, lBareKiB, static_cast<double>(lBareKiB) / iCount);
-  std::printf("  %-44s CPU %9.1f ms   resident +%ld KiB (%.1f KiB each)\n", "requesters",
-              sReqsResult.dCpuSeconds * 1000.0, lReqsKiB, static_cast<double>(lReqsKiB) / iCount);
-  PrintRow("bare threads, CPU per second", SliceSamples(sBareResult), "ms");
-  PrintRow("requesters, CPU per second", SliceSamples(sReqsResult), "ms");
-  PrintRatio("CPU requesters / bare threads",
-             sBareResult.dCpuSeconds > 0 ? sReqsResult.dCpuSeconds / sBareResult.dCpuSeconds : 0.0,
+              rOptions.dIdleSeconds, aSides[kRequesters].sResult.iRunning, iCount);
+  for (const Side& rSide : aSides) PrintSide(rSide, iCount);
+  for (const Side& rSide : aSides) {
+    PrintRow(std::string(rSide.pcName) + ", CPU/s", SliceSamples(rSide.sResult), "ms");
+  }
+  PrintRatio("CPU requesters / bare threads spread", CpuRatio(aSides[kRequesters], aSides[kSpread]),
              Bound::kAtMost, 1.3);
-  PrintRatio("resident KiB per requester above a thread",
-             static_cast<double>(lReqsKiB - lBareKiB) / iCount, Bound::kAtMost, 64.0);
+  PrintInfoRatio("CPU requesters / bare threads together",
+                 CpuRatio(aSides[kRequesters], aSides[kTogether]));
+  PrintInfoRatio("CPU bare spread / bare together", CpuRatio(aSides[kSpread], aSides[kTogether]));
+  PrintRatio(
+      "resident KiB per requester above a thread",
+      static_cast<double>(ResidentRiseKiB(aSides[kRequesters]) - ResidentRiseKiB(aSides[kSpread])) /
+          iCount,
+      Bound::kAtMost, 64.0);
   return true;
 }
 
