@@ -4,6 +4,7 @@
 // the road (the UID request and the start request) as its floor. The road
 // is two exchanges: the queue, the thread and the bookkeeping should add
 // almost nothing to them.
+#include <atomic>
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
@@ -63,10 +64,9 @@ class QueueHop {
     m_changed.wait(lock, [this] { return m_iQueue != kUnbound; });
   }
   ~QueueHop() {
-    if (Send(kStopCode))
-      m_thread.join();
-    else
-      m_thread.detach();  // never bound: Run has returned already
+    m_bStop = true;
+    Send(kStopCode);  // wakes the thread at once; without it, its wait runs out
+    m_thread.join();
   }
   // Microseconds from the send until the waiting thread received the
   // message; negative when the queue failed.
@@ -82,7 +82,7 @@ class QueueHop {
  private:
   static constexpr int kModule = 99;  // no requester's module
   static constexpr int kHopCode = 1;
-  static constexpr int kStopCode = 2;
+  static constexpr int kStopCode = 2;  // only wakes the thread: m_bStop ends it
   static constexpr int kUnbound = -1000;
   bool Send(int iCode) {
     KXCOM_MSGBUF* psBuf = KXCOM_CreateMsgBuf_Asy(iCode, 0, 0);
@@ -98,12 +98,11 @@ class QueueHop {
       m_iQueue = iQueue;
     }
     m_changed.notify_all();
-    for (bool bLoop = iQueue >= 0; bLoop;) {
+    while (iQueue >= 0 && !m_bStop) {
       const struct timeval sWait = {0, 100000};
       KXCOM_MSGBUF* psMsg = _COM_MsgRcvMain(0, sWait, iQueue);
       if (psMsg == nullptr) continue;
       const Clock::time_point tNow = Clock::now();
-      bLoop = psMsg->ulCode != kStopCode;
       KXCOM_FreeMsgBuf_Asy(psMsg);
       {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -117,6 +116,7 @@ class QueueHop {
   std::mutex m_mutex;
   std::condition_variable m_changed;
   int m_iQueue = kUnbound;
+  std::atomic<bool> m_bStop{false};
   bool m_bReceived = false;
   Clock::time_point m_tReceived;
   std::thread m_thread;
