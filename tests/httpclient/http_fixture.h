@@ -51,6 +51,17 @@ inline uint32_t get(HTTP_SESSION* session, const char* url, ReceiveBuffer& buffe
   return http_do_request(session, &buffer.record, 5);
 }
 
+// A GET that must end at the request time-out, no sooner and not much
+// later; its result code.
+inline uint32_t get_within_timeout(HTTP_SESSION* session, const char* url, ReceiveBuffer& buffer) {
+  auto start = std::chrono::steady_clock::now();
+  uint32_t code = get(session, url, buffer);
+  auto elapsed = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(elapsed, kScaledRequestTimeout);
+  EXPECT_LT(elapsed, kScaledRequestTimeout + kLateness);
+  return code;
+}
+
 // Opens a session to the camera on loopback and starts a push of url as
 // the requester does; null when no session opens.
 inline HTTP_SESSION* open_push(unsigned short port, const char* url = "/push") {
